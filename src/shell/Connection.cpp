@@ -1,0 +1,189 @@
+#include "Connection.h"
+
+#include "DbError.h"
+
+#include <QAtomicInt>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace zq {
+
+namespace {
+QAtomicInt connectionSerial;
+
+QString errorText(const QSqlError& e)
+{
+    QString t = e.databaseText().trimmed();
+    if (t.isEmpty())
+        t = e.text().trimmed();
+    return t;
+}
+} // namespace
+
+Connection::Connection() : m_name(QStringLiteral("zq%1").arg(connectionSerial.fetchAndAddRelaxed(1))) {}
+
+Connection::~Connection()
+{
+    close();
+    m_db = QSqlDatabase();
+    if (QSqlDatabase::contains(m_name))
+        QSqlDatabase::removeDatabase(m_name);
+}
+
+int Connection::state() const { return m_db.isValid() && m_db.isOpen() ? 1 : 0; }
+
+void Connection::open(const ConnectionSettings& s)
+{
+    close();
+    m_settings = s;
+    m_dialect = Dialect::forSqlData(s.sqlData);
+    m_db = QSqlDatabase();
+    if (QSqlDatabase::contains(m_name))
+        QSqlDatabase::removeDatabase(m_name);
+    m_db = QSqlDatabase::addDatabase(m_dialect.qtDriver(), m_name);
+    if (!m_db.isValid())
+        throw DbError(QStringLiteral("数据库驱动 %1 不可用").arg(m_dialect.qtDriver()));
+
+    if (m_dialect.isServer()) {
+        QString host = s.userPath.trimmed();
+        // "SQL Server" is what a stand-alone login leaves in UserPath: the local server.
+        if (host.compare(QLatin1String("SQL Server"), Qt::CaseInsensitive) == 0)
+            host.clear();
+        const int colon = host.lastIndexOf(QLatin1Char(':'));
+        if (colon > 0) {
+            m_db.setPort(host.mid(colon + 1).toInt());
+            host = host.left(colon);
+        }
+        if (!host.isEmpty())
+            m_db.setHostName(host);
+        m_db.setDatabaseName(s.defaultDb);
+        m_db.setUserName(s.userId);
+        m_db.setPassword(s.password);
+        m_db.setConnectOptions(QStringLiteral("connect_timeout=5"));
+    } else {
+        // Opening a missing file would silently create an empty database.
+        if (s.userPath.isEmpty() || !QFileInfo::exists(s.userPath))
+            throw DbError(QStringLiteral("数据库文件不存在: %1").arg(s.userPath));
+        m_db.setDatabaseName(s.userPath);
+        m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+    }
+    if (!m_db.open())
+        throw DbError(QStringLiteral("无法打开数据库: %1").arg(errorText(m_db.lastError())));
+
+    QSqlQuery q(m_db);
+    if (m_dialect.isServer()) {
+        q.exec(QStringLiteral("set client_min_messages=warning"));
+    } else {
+        q.exec(QStringLiteral("pragma journal_mode=wal"));
+        q.exec(QStringLiteral("pragma synchronous=normal"));
+        q.exec(QStringLiteral("pragma cache_size=-65536"));
+        q.exec(QStringLiteral("pragma temp_store=memory"));
+    }
+}
+
+void Connection::close()
+{
+    if (m_db.isValid() && m_db.isOpen()) {
+        if (m_inTransaction)
+            m_db.rollback();
+        m_db.close();
+    }
+    m_inTransaction = false;
+}
+
+int Connection::execute(const QString& sql)
+{
+    if (!isOpen())
+        throw DbError(QStringLiteral("数据库连接未打开"), sql);
+    StatementGuard guard(*this);
+    QSqlQuery q(m_db);
+    if (!q.exec(sql))
+        throw DbError(errorText(q.lastError()), sql);
+    guard.done();
+    return q.numRowsAffected();
+}
+
+void Connection::beginTrans()
+{
+    if (!isOpen())
+        throw DbError(QStringLiteral("数据库连接未打开"));
+    if (m_inTransaction)
+        throw DbError(QStringLiteral("事务已经开始"));
+    if (!m_db.transaction())
+        throw DbError(errorText(m_db.lastError()));
+    m_inTransaction = true;
+}
+
+void Connection::commitTrans()
+{
+    if (!m_inTransaction)
+        throw DbError(QStringLiteral("没有活动的事务"));
+    m_inTransaction = false;
+    if (!m_db.commit()) {
+        const QString e = errorText(m_db.lastError());
+        m_db.rollback();
+        throw DbError(e);
+    }
+}
+
+void Connection::rollbackTrans()
+{
+    if (!m_inTransaction)
+        return;
+    m_inTransaction = false;
+    m_db.rollback();
+}
+
+Connection::StatementGuard::StatementGuard(Connection& c) : m_c(c)
+{
+    if (c.m_inTransaction && c.m_dialect.isServer()) {
+        QSqlQuery q(c.m_db);
+        m_active = q.exec(QStringLiteral("savepoint zq_stmt"));
+    }
+}
+
+Connection::StatementGuard::~StatementGuard()
+{
+    if (!m_active)
+        return;
+    QSqlQuery q(m_c.m_db);
+    q.exec(m_ok ? QStringLiteral("release savepoint zq_stmt") : QStringLiteral("rollback to savepoint zq_stmt"));
+}
+
+Connection& conn()
+{
+    static Connection* c = new Connection; // lives for the process, like the original global
+    return *c;
+}
+
+qint16 OpenConn(int sqlData, Connection& c, const QString& userPath, const QString& password,
+                const QString& userId, const QString& defaultDb)
+{
+    if (sqlData < 0 || sqlData > 255)
+        throw OverflowError();
+    if (c.state() == 1)
+        return 0;
+    try {
+        c.open({sqlData, userPath, password, userId, defaultDb});
+    } catch (const DbError&) {
+        return -1; // the callers never look; the next statement fails with its own error
+    }
+    return 1;
+}
+
+Transaction::Transaction(Connection& c) : m_c(c) { m_c.beginTrans(); }
+
+Transaction::~Transaction()
+{
+    if (!m_done)
+        m_c.rollbackTrans();
+}
+
+void Transaction::commit()
+{
+    m_done = true;
+    m_c.commitTrans();
+}
+
+} // namespace zq

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Dialect.h"
+
+#include <QSqlDatabase>
+#include <QString>
+
+namespace zq {
+
+struct ConnectionSettings {
+    int sqlData = 0;
+    QString userPath; // SQLite file, or "host[:port]" of the server
+    QString password;
+    QString userId;
+    QString defaultDb; // the server's database
+};
+
+// The one connection of the system (and any private one a component opens from the same settings).
+class Connection {
+public:
+    Connection();
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    // 1 open, 0 closed.
+    int state() const;
+    bool isOpen() const { return state() == 1; }
+    // Opens on the database the settings name; throws DbError when it cannot.
+    void open(const ConnectionSettings& settings);
+    void close();
+
+    const Dialect& dialect() const { return m_dialect; }
+    const ConnectionSettings& settings() const { return m_settings; }
+    QSqlDatabase& database() { return m_db; }
+
+    // Runs a statement that returns no rows; gives the rows affected. Throws DbError.
+    int execute(const QString& sql);
+
+    void beginTrans();
+    void commitTrans();
+    void rollbackTrans();
+    bool inTransaction() const { return m_inTransaction; }
+
+    // On the server a failed statement spoils the whole transaction; the file database and the
+    // databases the system was made for only fail the statement. A savepoint per statement inside a
+    // transaction keeps that behaviour on both.
+    class StatementGuard {
+    public:
+        explicit StatementGuard(Connection& c);
+        ~StatementGuard();
+        void done() { m_ok = true; }
+
+    private:
+        Connection& m_c;
+        bool m_active = false;
+        bool m_ok = false;
+    };
+
+private:
+    QString m_name;
+    QSqlDatabase m_db;
+    Dialect m_dialect;
+    ConnectionSettings m_settings;
+    bool m_inTransaction = false;
+};
+
+// The global connection, created on first touch.
+Connection& conn();
+
+// Opens conn with the six values unless it is open already; 0 when it was open, 1 when opened now,
+// -1 when opening failed. A SQLData outside 0..255 overflows, as the byte conversion does.
+qint16 OpenConn(int sqlData, Connection& conn, const QString& userPath, const QString& password,
+                const QString& userId, const QString& defaultDb);
+
+// Scoped transaction: rolls back unless committed.
+class Transaction {
+public:
+    explicit Transaction(Connection& c);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void commit();
+
+private:
+    Connection& m_c;
+    bool m_done = false;
+};
+
+} // namespace zq

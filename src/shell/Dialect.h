@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+
+namespace zq {
+
+// Every difference between the file database (SQLite) and the server database (PostgreSQL)
+// lives here. Statements elsewhere are common SQL plus calls into this class.
+class Dialect {
+public:
+    enum class Kind { File, Server };
+
+    explicit Dialect(Kind kind = Kind::File) : m_kind(kind) {}
+    static Dialect forSqlData(int sqlData) { return Dialect(sqlData == 0 ? Kind::File : Kind::Server); }
+
+    Kind kind() const { return m_kind; }
+    bool isServer() const { return m_kind == Kind::Server; }
+    QString qtDriver() const { return isServer() ? QStringLiteral("QPSQL") : QStringLiteral("QSQLITE"); }
+
+    // Delimiter of date literals. Dates are stored as ISO text, so both engines quote them as text.
+    QString dateQuote() const { return QStringLiteral("'"); }
+    // A date as a literal: 'yyyy-mm-dd'.
+    QString dateLiteral(const QDate& date) const;
+    // The lower-casing function of dictionary reads.
+    QString lowerFunction() const { return isServer() ? QStringLiteral("Lower") : QStringLiteral("lower"); }
+    // Column type of the text columns that are added at run time (a leading blank, as spliced).
+    QString addedTextColumn() const;
+    // Clears the selection of dictionary rows that have no caption.
+    QString clearUncaptionedSelection() const;
+
+    // Row limit: "select <columns...>" becomes the first n rows.
+    QString selectTop(int n, const QString& selectWithoutKeyword) const;
+    // Condition that an expression holds a valid yyyy-mm-dd date.
+    QString isDate(const QString& expr) const;
+    // Length of a text in characters.
+    QString length(const QString& expr) const { return QStringLiteral("length(%1)").arg(expr); }
+    // True when an expression is null or the empty text.
+    QString isNullOrEmpty(const QString& expr) const { return QStringLiteral("coalesce(%1,'')=''").arg(expr); }
+    // A new table from a query ("select ... into").
+    QString selectInto(const QString& newTable, const QString& selectStatement) const;
+    // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.
+    QString like(const QString& expr, const QString& quotedPattern) const;
+
+    // Column types of the schema.
+    QString textType(int size = 0) const;
+    QString memoType() const;
+    QString intType() const { return QStringLiteral("integer"); }
+    QString bigIntType() const { return QStringLiteral("bigint"); }
+    QString realType() const { return isServer() ? QStringLiteral("double precision") : QStringLiteral("real"); }
+    QString blobType() const { return isServer() ? QStringLiteral("bytea") : QStringLiteral("blob"); }
+    QString autoIdType() const;
+
+    // Hidden locator of a row, for writes through a recordset.
+    QString rowLocatorSelect() const;
+    QString rowLocatorCondition() const;
+
+    // Statement that tells whether a table exists (one row, one column, non-zero when it does).
+    QString tableExistsQuery(const QString& quotedLowerName) const;
+
+private:
+    Kind m_kind;
+};
+
+} // namespace zq

@@ -1,0 +1,11 @@
+#include "Globals.h"
+
+namespace zq {
+
+Globals& G()
+{
+    static Globals g;
+    return g;
+}
+
+} // namespace zq

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "Connection.h"
+
+#include <QHash>
+#include <QSqlQuery>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+#include <QVector>
+#include <memory>
+#include <optional>
+
+namespace zq {
+
+enum class Cursor { ForwardOnly = 0, Keyset = 1, Static = 3 };
+enum class Lock { ReadOnly = 1, Optimistic = 3, BatchOptimistic = 4 };
+
+// A recordset over one statement. Forward-only read-only sets stream; every other kind is read
+// whole into memory, which gives moving back and writes. RecordCount is always the true count.
+// Writes (AddNew, Update, Delete) go to the one table of the statement with bound values.
+class Recordset {
+public:
+    Recordset(Connection& c, const QString& sql, Cursor cursor = Cursor::ForwardOnly, Lock lock = Lock::ReadOnly);
+    ~Recordset();
+    Recordset(const Recordset&) = delete;
+    Recordset& operator=(const Recordset&) = delete;
+
+    bool eof() const { return m_eof; }
+    bool bof() const { return m_bof; }
+    int recordCount();
+    void moveNext();
+    void moveFirst();
+    // Moves n rows from the current one (buffered sets only).
+    void move(int n);
+    // Row index of the current row (0-based), buffered sets only.
+    int position() const { return m_pos; }
+
+    int fieldCount() const { return m_names.size(); }
+    QString fieldName(int i) const { return m_names.value(i); }
+    // Index of a field, case-insensitive, or -1.
+    int fieldIndex(const QString& name) const;
+
+    QVariant value(int i) const;
+    QVariant value(const QString& name) const;
+    // A field read as text; null reads as "".
+    QString text(int i) const;
+    QString text(const QString& name) const;
+    // A field read as a number through Val.
+    double val(int i) const;
+    double val(const QString& name) const;
+
+    // Writes through the recordset.
+    void addNew();
+    void setValue(const QString& name, const QVariant& v);
+    void setValue(int i, const QVariant& v);
+    // Writes the current row now (with optimistic locking), or marks it for UpdateBatch.
+    void update();
+    void updateBatch();
+    void deleteRow();
+    // The table written to (the first name after "from").
+    QString table() const { return m_table; }
+
+    void close();
+
+private:
+    struct Row {
+        QVector<QVariant> values;
+        QVariant locator;
+        QVector<bool> changed;
+        bool isNew = false;
+        bool dirty = false;
+        bool deleted = false;
+    };
+
+    void openStreaming();
+    void openBuffered();
+    void fetchStreaming();
+    void checkCurrent() const;
+    const QVector<QVariant>& currentValues() const;
+    void writeRow(Row& r);
+    void syncPosition();
+
+    Connection& m_c;
+    QString m_sql;
+    Cursor m_cursor;
+    Lock m_lock;
+    QString m_table;
+    QStringList m_names;
+    QHash<QString, int> m_index;
+    bool m_eof = true;
+    bool m_bof = true;
+    std::optional<int> m_count;
+
+    // Streaming
+    std::unique_ptr<QSqlQuery> m_query;
+    QVector<QVariant> m_current;
+
+    // Buffered
+    bool m_buffered = false;
+    QVector<Row> m_rows;
+    int m_pos = 0;
+};
+
+} // namespace zq

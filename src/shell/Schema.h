@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Connection.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+#include <functional>
+
+namespace zq::schema {
+
+enum class Type { Text, Memo, SmallInt, Int, BigInt, Real, Date, DateTime, Blob, AutoId };
+
+struct Column {
+    QString name;
+    Type type = Type::Text;
+    int size = 0; // characters for Text; 0 means no limit
+};
+
+struct Table {
+    QString name;
+    QVector<Column> columns;
+    QVector<QStringList> indexes; // extra indexes (each a list of columns); fcode is indexed anyway
+};
+
+// Every table the system creates, in creation order (SchemaTables.cpp).
+const QVector<Table>& tables();
+// Case-insensitive look-up; nullptr when unknown.
+const Table* findTable(const QString& name);
+// Defined size of a text column in characters, 0 when unlimited or unknown.
+int columnSize(const QString& table, const QString& column);
+QString columnType(const Dialect& d, const Column& c);
+QString createTableSql(const Dialect& d, const Table& t);
+// Creates a table (and its indexes) unless it exists.
+void createTable(Connection& c, const Table& t);
+bool tableExists(Connection& c, const QString& name);
+
+// Seed rows: dictionary, modules, brief lists, company (SchemaSeed.cpp).
+void seed(Connection& c);
+
+// The schema version kept in zq_schema; 0 when the database has none.
+int currentVersion(Connection& c);
+int latestVersion();
+// Creates the schema on an empty database; refuses (DbError) a database that has one already.
+void initialise(Connection& c);
+// Runs the upgrade steps above the stored version, in order; each step may be run again safely.
+void upgrade(Connection& c);
+
+// Makes a new database the settings name (a new SQLite file, or a new server database) and
+// initialises it. Refuses when the file or database already holds the schema.
+void createDatabase(const ConnectionSettings& s);
+
+} // namespace zq::schema
