@@ -32,6 +32,8 @@ const QVector<Step>& steps()
          [](Connection& c) {
              createAllTables(c);
              seed(c);
+             createPrintTemplates(c);
+             createUserTables(c);
          }},
     };
     return s;

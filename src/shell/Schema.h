@@ -38,6 +38,12 @@ bool tableExists(Connection& c, const QString& name);
 // Seed rows: dictionary, modules, brief lists, company (SchemaSeed.cpp).
 void seed(Connection& c);
 
+// The print template store and its default templates (SchemaPrint.cpp).
+void createPrintTemplates(Connection& c);
+
+// The users of the account set and the operation log (SchemaUsers.cpp).
+void createUserTables(Connection& c);
+
 // The schema version kept in zq_schema; 0 when the database has none.
 int currentVersion(Connection& c);
 int latestVersion();

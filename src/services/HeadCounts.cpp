@@ -1,0 +1,114 @@
+#include "HeadCounts.h"
+
+#include "shell/Recordset.h"
+#include "shell/SqlText.h"
+
+#include <QSet>
+#include <algorithm>
+
+namespace zq {
+
+namespace {
+
+QString personsInState(qint32 state) { return QStringLiteral(" from trsbasic where fzt=") + QString::number(state); }
+
+// Codes the database settles in one statement; a few hundred literals keep it well inside the
+// limits of both engines.
+constexpr int kCodesPerStatement = 400;
+
+} // namespace
+
+QString PersonCodeColumn(const QString& table) {
+    return table.toLower() == QLatin1String("trs_bm") ? QStringLiteral("fbmcode") : QStringLiteral("neckline");
+}
+
+QString CountPersons(const QString& table, qint32 state, const QString& code) {
+    QString sql = QStringLiteral("Select Count(*)") + personsInState(state);
+    if (!code.isEmpty())
+        sql += QStringLiteral(" and ") + PersonCodeColumn(table) + QStringLiteral(" like ") +
+               quoted(code + QLatin1Char('%'));
+    Recordset rs(conn(), sql);
+    return rs.eof() ? QString() : rs.text(0);
+}
+
+HeadCounts::HeadCounts(const QString& table, qint32 state)
+    : m_table(table)
+    , m_column(PersonCodeColumn(table))
+    , m_state(state) {
+    Recordset rs(conn(), QStringLiteral("select ") + m_column + QStringLiteral(",count(*)") + personsInState(state) +
+                             QStringLiteral(" group by ") + m_column);
+    QVector<QPair<QString, qint64>> groups;
+    for (; !rs.eof(); rs.moveNext()) {
+        const qint64 n = qint64(rs.val(1));
+        m_total += n;
+        // A null code matches no pattern; it counts for the root only.
+        if (!rs.value(0).isNull()) groups.append({rs.text(0), n});
+    }
+    std::sort(groups.begin(), groups.end());
+    m_values.reserve(groups.size());
+    m_prefix.reserve(groups.size() + 1);
+    m_prefix.append(0);
+    for (const auto& g : groups) {
+        m_values.append(g.first);
+        m_prefix.append(m_prefix.last() + g.second);
+    }
+}
+
+bool HeadCounts::matchesInMemory(const QString& code) {
+    for (const QChar c : code) {
+        // Wildcards of like, and the escape character of the server's like.
+        if (c == QLatin1Char('%') || c == QLatin1Char('_') || c == QLatin1Char('\\')) return false;
+        if (c.isSurrogate()) return false;
+        // Letters compare without regard to case on both engines, each by its own rules; a
+        // character without case compares equal only to itself.
+        if (c.isLower() || c.isUpper() || c.isTitleCase() || c.toLower() != c || c.toUpper() != c ||
+            c.toCaseFolded() != c)
+            return false;
+    }
+    return true;
+}
+
+qint64 HeadCounts::prefixSum(const QString& code) const {
+    // Codes sharing a prefix lie together in code-unit order.
+    const auto lo = std::lower_bound(m_values.cbegin(), m_values.cend(), code);
+    const auto hi = std::partition_point(lo, m_values.cend(), [&code](const QString& v) { return v.startsWith(code); });
+    return m_prefix[hi - m_values.cbegin()] - m_prefix[lo - m_values.cbegin()];
+}
+
+void HeadCounts::prepare(const QStringList& codes) {
+    QStringList pending;
+    QSet<QString> seen;
+    for (const QString& code : codes)
+        if (!code.isEmpty() && !matchesInMemory(code) && !m_settled.contains(code) && !seen.contains(code)) {
+            seen.insert(code);
+            pending.append(code);
+        }
+    const QString grouped = QStringLiteral("(select ") + m_column + QStringLiteral(" as v,count(*) as n") +
+                            personsInState(m_state) + QStringLiteral(" group by ") + m_column + QStringLiteral(") g");
+    for (int from = 0; from < pending.size(); from += kCodesPerStatement) {
+        const int to = std::min<int>(pending.size(), from + kCodesPerStatement);
+        QString values;
+        for (int i = from; i < to; ++i) {
+            m_settled.insert(pending[i], 0);
+            if (i > from) values += QLatin1Char(',');
+            values += QStringLiteral("(%1,%2)").arg(i).arg(quoted(pending[i] + QLatin1Char('%')));
+        }
+        // The pattern is the very literal CountPersons writes, so the engine decides each match.
+        Recordset rs(conn(), QStringLiteral("select c.column1,sum(g.n) from (values ") + values +
+                                 QStringLiteral(") c,") + grouped +
+                                 QStringLiteral(" where g.v like c.column2 group by c.column1"));
+        for (; !rs.eof(); rs.moveNext())
+            m_settled[pending[int(rs.val(0))]] = qint64(rs.val(1));
+    }
+}
+
+qint64 HeadCounts::count(const QString& code) {
+    if (code.isEmpty()) return m_total;
+    // A code the statement could not hold fails here as the statement would.
+    checked(code);
+    if (matchesInMemory(code)) return prefixSum(code);
+    if (!m_settled.contains(code)) prepare({code});
+    return m_settled.value(code);
+}
+
+} // namespace zq

@@ -1,0 +1,49 @@
+#include "ComboLookups.h"
+
+#include "shell/Recordset.h"
+#include "shell/SqlText.h"
+
+#include <QComboBox>
+
+namespace zq {
+
+namespace {
+QString item(const Recordset& rs, bool withCode) {
+    return withCode ? rs.text(0) + QLatin1Char('\t') + rs.text(1) : rs.text(1);
+}
+} // namespace
+
+void FillBriefCombo(QComboBox* combo, const QString& briefType, quint8& withCode) {
+    Recordset rs(conn(), QStringLiteral("select * from briefDetail where briefType=") + quoted(briefType) +
+                             QStringLiteral(" Order By briefcode"));
+    for (; !rs.eof(); rs.moveNext()) {
+        const QString name = rs.text(QStringLiteral("BriefName"));
+        combo->addItem(withCode != 0 ? rs.text(QStringLiteral("BriefCode")) + QLatin1Char('\t') + name : name);
+    }
+}
+
+void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix, qint16 level, qint16 withCode) {
+    combo->clear();
+    QString sql = QStringLiteral("select fcode,fname from ") + table + QStringLiteral(" Where 1=1");
+    if (level != -1) sql += QStringLiteral(" And fynxj=") + QString::number(level);
+    if (!prefix.isEmpty()) sql += QStringLiteral(" And fcode like ") + quoted(prefix + QLatin1Char('%'));
+    sql += QStringLiteral(" Order By fCode");
+    Recordset rs(conn(), sql);
+    for (; !rs.eof(); rs.moveNext())
+        combo->addItem(item(rs, withCode != 0));
+}
+
+void FillUnitCombo(QComboBox* combo) {
+    combo->clear();
+    Recordset rs(conn(), QStringLiteral("select distinct funit from trsbasic Order By funit"));
+    for (; !rs.eof(); rs.moveNext())
+        combo->addItem(rs.text(0));
+}
+
+int ComboIndexOf(const QComboBox* combo, const QString& text) {
+    for (int i = 0; i < combo->count(); ++i)
+        if (combo->itemText(i) == text) return i;
+    return -1;
+}
+
+} // namespace zq

@@ -1,0 +1,263 @@
+#include "DeptTree.h"
+
+#include "shell/DbError.h"
+#include "shell/Globals.h"
+#include "shell/Recordset.h"
+#include "shell/SqlText.h"
+
+#include <QAbstractItemModel>
+#include <QHash>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPixmap>
+#include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
+#include <optional>
+
+namespace zq {
+
+namespace {
+
+constexpr int kKeyRole = Qt::UserRole;
+constexpr int kImageRole = Qt::UserRole + 1;
+const char* const kKeysName = "zqNodeKeys";
+
+// The key map of a tree. Adding through AddNode or FillDeptTree keeps it; any removal or reset of
+// the tree's rows drops it, and the next look-up rebuilds it from the items.
+class NodeKeys : public QObject {
+public:
+    explicit NodeKeys(QTreeWidget* tree) : QObject(tree), m_tree(tree) {
+        setObjectName(QLatin1String(kKeysName));
+        QAbstractItemModel* model = tree->model();
+        connect(model, &QAbstractItemModel::rowsAboutToBeRemoved, this, &NodeKeys::invalidate);
+        connect(model, &QAbstractItemModel::modelAboutToBeReset, this, &NodeKeys::invalidate);
+        connect(model, &QAbstractItemModel::layoutAboutToBeChanged, this, &NodeKeys::invalidate);
+    }
+
+    static NodeKeys* of(QTreeWidget* tree) {
+        for (QObject* child : tree->children())
+            if (child->objectName() == QLatin1String(kKeysName)) return static_cast<NodeKeys*>(child);
+        return new NodeKeys(tree);
+    }
+
+    void invalidate() {
+        m_valid = false;
+        m_map.clear();
+    }
+
+    QTreeWidgetItem* find(const QString& key) {
+        if (m_valid) {
+            QTreeWidgetItem* item = m_map.value(key);
+            if (item && NodeKey(item) == key) return item;
+        }
+        // Not known: nodes may have been added or re-keyed behind the map's back.
+        rebuild();
+        return m_map.value(key);
+    }
+
+    void add(const QString& key, QTreeWidgetItem* item) {
+        if (m_valid) m_map.insert(key, item);
+    }
+
+    void set(QHash<QString, QTreeWidgetItem*> map) {
+        m_map = std::move(map);
+        m_valid = true;
+    }
+
+private:
+    void rebuild() {
+        m_map.clear();
+        for (QTreeWidgetItemIterator it(m_tree); *it; ++it) {
+            const QString key = NodeKey(*it);
+            if (!key.isEmpty() && !m_map.contains(key)) m_map.insert(key, *it);
+        }
+        m_valid = true;
+    }
+
+    QTreeWidget* m_tree;
+    QHash<QString, QTreeWidgetItem*> m_map;
+    bool m_valid = false;
+};
+
+QPixmap drawImage(int image, int size) {
+    QPixmap pm(size, size);
+    pm.fill(Qt::transparent);
+    QPainter p(&pm);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.scale(size / 16.0, size / 16.0);
+    p.setPen(QPen(QColor(60, 60, 60), 0.8));
+    switch (image) {
+    case ImageRoot: { // the company: a building with windows
+        p.setBrush(QColor(96, 140, 200));
+        p.drawRect(QRectF(2.5, 2.5, 11, 12));
+        p.setPen(Qt::NoPen);
+        p.setBrush(QColor(235, 242, 250));
+        for (int row = 0; row < 3; ++row)
+            for (int col = 0; col < 3; ++col)
+                p.drawRect(QRectF(4 + col * 3, 4 + row * 3, 2, 2));
+        p.setBrush(QColor(60, 60, 60));
+        p.drawRect(QRectF(7, 12.5, 2, 2));
+        break;
+    }
+    case ImageDept: { // a department: a folder
+        QPainterPath tab;
+        tab.addRoundedRect(QRectF(1.5, 3, 6, 3), 1, 1);
+        p.setBrush(QColor(222, 170, 40));
+        p.drawPath(tab);
+        p.setBrush(QColor(246, 200, 70));
+        p.drawRoundedRect(QRectF(1.5, 4.5, 13, 9), 1, 1);
+        break;
+    }
+    case ImagePost: { // a post: a person
+        p.setBrush(QColor(70, 160, 90));
+        p.drawEllipse(QRectF(5.5, 1.5, 5, 5));
+        QPainterPath body;
+        body.moveTo(2.5, 14.5);
+        body.cubicTo(2.5, 8, 13.5, 8, 13.5, 14.5);
+        body.closeSubpath();
+        p.drawPath(body);
+        break;
+    }
+    default:
+        break;
+    }
+    return pm;
+}
+
+QString trimBlanks(const QString& s) {
+    int from = 0, to = int(s.size());
+    while (from < to && s[from] == QLatin1Char(' ')) ++from;
+    while (to > from && s[to - 1] == QLatin1Char(' ')) --to;
+    return s.mid(from, to - from);
+}
+
+QTreeWidgetItem* newNode(const QString& key, const QString& text, int image) {
+    auto* item = new QTreeWidgetItem(QStringList{text});
+    item->setData(0, kKeyRole, key);
+    SetNodeImage(item, image);
+    return item;
+}
+
+struct Entry {
+    QString code;
+    QString name;
+    double limit;
+    bool dept;
+};
+
+} // namespace
+
+QIcon TreeImageIcon(int image) {
+    static QHash<int, QIcon> icons;
+    if (!icons.contains(image)) {
+        QIcon icon;
+        if (image == ImageRoot || image == ImageDept || image == ImagePost)
+            for (int size : {16, 24, 32})
+                icon.addPixmap(drawImage(image, size));
+        icons.insert(image, icon);
+    }
+    return icons.value(image);
+}
+
+QString NodeKey(const QTreeWidgetItem* item) { return item ? item->data(0, kKeyRole).toString() : QString(); }
+
+int NodeImage(const QTreeWidgetItem* item) { return item ? item->data(0, kImageRole).toInt() : 0; }
+
+void SetNodeImage(QTreeWidgetItem* item, int image) {
+    item->setData(0, kImageRole, image);
+    item->setIcon(0, TreeImageIcon(image));
+}
+
+QTreeWidgetItem* FindNode(QTreeWidget* tree, const QString& key) { return NodeKeys::of(tree)->find(key); }
+
+QTreeWidgetItem* AddNode(QTreeWidget* tree, QTreeWidgetItem* parent, const QString& key, const QString& text,
+                         int image, int index) {
+    NodeKeys* keys = NodeKeys::of(tree);
+    if (keys->find(key)) throw DbError(QStringLiteral("关键字不唯一: %1").arg(key));
+    QTreeWidgetItem* item = newNode(key, text, image);
+    const int count = parent ? parent->childCount() : tree->topLevelItemCount();
+    const int at = index < 0 || index > count ? count : index;
+    if (parent) parent->insertChild(at, item);
+    else tree->insertTopLevelItem(at, item);
+    keys->add(key, item);
+    return item;
+}
+
+void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode, qint32 state,
+                  qint16 showCounts, qint16 withLeaves) {
+    QString sql = QStringLiteral("Select fCode,fName,fLimited,fYnxj from ") + table + QStringLiteral(" Where 1=1");
+    if (withLeaves == 0) sql += QStringLiteral(" And fYnxj=0");
+    if (!prefix.isEmpty()) sql += QStringLiteral(" And fCode like ") + quoted(prefix + QLatin1Char('%'));
+    // Code order puts every entry after the entries whose codes begin it: the parent search needs it.
+    sql += QStringLiteral(" Order by fcode");
+
+    QVector<Entry> entries;
+    QStringList codes;
+    {
+        Recordset rs(conn(), sql);
+        for (; !rs.eof(); rs.moveNext()) {
+            entries.append({trimBlanks(rs.text(0)), rs.text(1), rs.val(2), rs.val(3) == 0});
+            codes.append(entries.last().code);
+        }
+    }
+
+    tree->clear();
+    const bool counts = showCounts == 1;
+    // Without counts the root's count is never shown, so it is not asked for.
+    std::optional<HeadCounts> heads;
+    if (counts) {
+        heads.emplace(table, state);
+        heads->prepare(codes);
+    }
+
+    const QString tab = QStringLiteral("\t");
+    QString rootText = G().CompName;
+    if (counts) rootText += tab + QStringLiteral("(共") + QString::number(heads->total()) + QStringLiteral("人)");
+    // The nodes are linked while detached and enter the tree at once: one insertion, not thousands.
+    QTreeWidgetItem* root = newNode(QStringLiteral("B"), rootText, ImageRoot);
+    QHash<QString, QTreeWidgetItem*> map;
+    map.insert(QStringLiteral("B"), root);
+
+    QString previousCode;
+    QTreeWidgetItem* previous = nullptr;
+    for (const Entry& e : entries) {
+        QString text = showCode == -1 ? e.code + tab + e.name : e.name;
+        if (counts) {
+            text += tab + QLatin1Char('(');
+            if (e.limit > 0) text += QStringLiteral("限") + QString::number(e.limit, 'g', 15) + QStringLiteral("人,");
+            text += QStringLiteral("共") + QString::number(heads->count(e.code)) + QStringLiteral("人)");
+        }
+        const QString key = QStringLiteral("B") + e.code;
+        if (map.contains(key)) {
+            delete root;
+            throw DbError(QStringLiteral("关键字不唯一: %1").arg(key));
+        }
+
+        // The parent: climb from the previous entry until a node's code begins this one.
+        QTreeWidgetItem* parent = root;
+        if (!previousCode.isEmpty()) {
+            QTreeWidgetItem* node = previous;
+            QString search = previousCode;
+            for (;;) {
+                if (e.code.startsWith(search)) {
+                    parent = node;
+                    break;
+                }
+                node = node->parent();
+                if (node == root) break;
+                search = NodeKey(node).mid(1);
+            }
+        }
+        QTreeWidgetItem* item = newNode(key, text, e.dept ? ImageDept : ImagePost);
+        parent->addChild(item);
+        map.insert(key, item);
+        previousCode = e.code;
+        previous = item;
+    }
+
+    tree->addTopLevelItem(root);
+    NodeKeys::of(tree)->set(std::move(map));
+    root->setExpanded(true);
+}
+
+} // namespace zq

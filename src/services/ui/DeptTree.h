@@ -1,0 +1,38 @@
+#pragma once
+
+#include "services/HeadCounts.h"
+
+#include <QIcon>
+#include <QString>
+
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace zq {
+
+// Images of the code trees: a department (fYnxj 0), the company at the root, a post or any other
+// entry.
+enum TreeImage : int { ImageDept = 1, ImageRoot = 2, ImagePost = 5 };
+QIcon TreeImageIcon(int image);
+
+// Fills a tree from a code table (fCode, fName, fLimited, fYnxj) in code order. The root "B" is the
+// company; each entry's key is "B" and its trimmed code, and it hangs under the nearest entry above
+// it whose code begins its own, or the root. showCode -1 puts the code and a tab before the name;
+// showCounts 1 puts a tab and "(限n人,共m人)" behind it (persons in `state`, sub-entries included);
+// withLeaves 0 keeps entries of fYnxj 0 only. The counts come from one grouped statement, equal to
+// one CountPersons per node.
+void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode, qint32 state,
+                  qint16 showCounts, qint16 withLeaves);
+
+// Keys and images of tree nodes, as FillDeptTree and AddNode set them.
+QString NodeKey(const QTreeWidgetItem* item);
+int NodeImage(const QTreeWidgetItem* item);
+void SetNodeImage(QTreeWidgetItem* item, int image);
+// The node of a key, nullptr when none.
+QTreeWidgetItem* FindNode(QTreeWidget* tree, const QString& key);
+// A new node under `parent` (a top-level node when nullptr), at `index` among its siblings or last
+// when -1. A key already in the tree is refused with a DbError, as the tree refuses it.
+QTreeWidgetItem* AddNode(QTreeWidget* tree, QTreeWidgetItem* parent, const QString& key, const QString& text,
+                         int image, int index = -1);
+
+} // namespace zq

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class QLineEdit;
+class QTreeWidget;
+class QWidget;
+
+namespace zq {
+
+// The key filter of text boxes. keyCode is the typed character's code (negative for a double-byte
+// character, 22 for paste); it becomes 0 when the key is swallowed.
+void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric);
+
+// Installs FilterKeyInput on a text box for typing, input-method commits and paste.
+class KeyInputFilter : public QObject {
+public:
+    KeyInputFilter(QLineEdit* box, int max, bool numeric);
+    void setMax(int max) { m_max = max; }
+    void setNumeric(bool numeric) { m_numeric = numeric; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    bool allow(int key);
+    QLineEdit* m_box;
+    int m_max;
+    bool m_numeric;
+};
+
+KeyInputFilter* attachKeyFilter(QLineEdit* box, int max, bool numeric = false);
+
+// The file dialog through the prompt service: mode 1 opens an existing file, any other mode saves
+// (asking before a new file is made). The empty text on cancel.
+QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QString& title, const QString& filter);
+
+void CenterForm(QWidget* form);
+void CenterOnForm(QWidget* control, QWidget* form);
+void ExpandAllNodes(QTreeWidget* tree);
+
+} // namespace zq

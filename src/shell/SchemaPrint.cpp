@@ -1,0 +1,7 @@
+#include "Schema.h"
+
+namespace zq::schema {
+
+void createPrintTemplates(Connection&) {}
+
+} // namespace zq::schema

@@ -1,0 +1,7 @@
+#include "Schema.h"
+
+namespace zq::schema {
+
+void createUserTables(Connection&) {}
+
+} // namespace zq::schema

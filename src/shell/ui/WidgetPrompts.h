@@ -1,0 +1,18 @@
+#pragma once
+
+#include "shell/Prompts.h"
+
+namespace zq {
+
+// The prompt service with real windows: message box, input box, file dialog, printer dialog.
+// Each is modal over the active window and uses the system's font.
+class WidgetPrompts : public Prompts {
+public:
+    int message(const QString& text, int style, const QString& title) override;
+    std::optional<QString> input(const QString& prompt, const QString& title,
+                                 const QString& defaultText) override;
+    QString file(const FileRequest& request) override;
+    bool choosePrinter(QString& printerName) override;
+};
+
+} // namespace zq
