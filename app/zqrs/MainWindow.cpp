@@ -1,12 +1,21 @@
 #include "MainWindow.h"
 
+#include "resources/Texts.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
+#include "shell/Recordset.h"
+#include "shell/Rights.h"
+#include "shell/ui/Commands.h"
 #include "shell/ui/Fonts.h"
+#include "shell/ui/LoginPassword.h"
+#include "shell/ui/LogViewerDialog.h"
 #include "shell/ui/PropertyBag.h"
+#include "shell/ui/UserAdminDialog.h"
 #include "shell/ui/zqRs.h"
+#include "shell/Users.h"
 
+#include <functional>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenuBar>
@@ -14,49 +23,44 @@
 #include <QStatusBar>
 #include <QVBoxLayout>
 
+using zq::G;
+
 namespace {
 const QString kBagGroup = QStringLiteral("zqRs");
 
-struct MenuItem {
-    const char* caption;
-    const char* key; // nullptr: a separator
-};
-
+// The menu keys of the control, grouped as a personnel office thinks of its work. Captions come
+// from tSysFunc; an empty key is a separator.
 struct Menu {
     const char* caption;
-    std::vector<MenuItem> items;
+    std::vector<const char*> keys;
 };
 
-// The menu keys of the control, grouped as the personnel office works.
 const std::vector<Menu>& menus() {
     static const std::vector<Menu> m = {
-        {"人事(&R)",
-         {{"在职员工(&I)", "mnuRsManIn"},
-          {"离职员工(&O)", "mnuRsManOut"},
-          {nullptr, nullptr},
-          {"人事统计(&T)", "mnuRsTotal"},
-          {"人事调动(&M)", "mnuRsOthMove"}}},
-        {"组织(&G)", {{"部门岗位(&B)", "mnuRsbm"}, {"部门岗位设置(&S)", "mnuRsSysBm"}}},
-        {"资产(&A)",
-         {{"证件管理(&C)", "mnuRsOthHoldCard"},
-          {"物品借用(&G)", "mnuRsOthLoanGoods"},
-          {"工具借用(&T)", "mnuRsOthTools"},
-          {nullptr, nullptr},
-          {"住房设置(&H)", "mnuRsHouseSet"},
-          {"住房查询(&L)", "mnuRsHouseLook"}}},
-        {"办公(&F)",
-         {{"报告流转(&R)", "mnuOffice1"},
-          {"会议安排(&M)", "mnuOffice2"},
-          {"新闻通知(&N)", "mnuOffice3"},
-          {nullptr, nullptr},
-          {"办公报告", "mnuOA_Report"},
-          {"办公会议", "mnuOA_Meeting"},
-          {"办公通知", "mnuOA_News"}}},
-        {"文档(&D)",
-         {{"文档管理(&F)", "mnuWdFiler"}, {"部门职责(&B)", "mnuWdDept"}, {"企业词典(&D)", "mnuWdDict"}}},
-        {"打印(&P)", {{"人事卡片(&1)", "mnuRsCard"}, {"人事卡片二(&2)", "mnuRsCard2"}}},
+        {"人事档案(&R)", {"mnuRsManIn", "mnuRsManOut", "", "mnuRsTotal"}},
+        {"组织机构(&G)", {"mnuRsbm", "mnuRsSysBm", "", "mnuRsOthMove"}},
+        {"资产设施(&A)",
+         {"mnuRsOthHoldCard", "", "mnuRsOthLoanGoods", "mnuRsOthTools", "", "mnuRsHouseSet",
+          "mnuRsHouseLook"}},
+        {"办公事务(&F)",
+         {"mnuOffice1", "mnuOffice2", "mnuOffice3", "", "mnuOA_Report", "mnuOA_Meeting", "mnuOA_News"}},
+        {"文档资料(&D)", {"mnuWdFiler", "mnuWdDept", "mnuWdDict"}},
+        {"打印(&P)", {"mnuRsCard", "mnuRsCard2"}},
     };
     return m;
+}
+
+// Runs work on the control's database and closes it again, as a call of the control does.
+void withDatabase(const QString& title, const std::function<void(zq::Connection&)>& work) {
+    const zq::Globals& g = G();
+    zq::OpenConn(g.SQLData, zq::conn(), g.UserPath, g.Password, g.UserID, g.Default);
+    try {
+        if (!zq::conn().isOpen()) throw zq::DbError(QStringLiteral("无法打开数据库: %1").arg(g.UserPath));
+        work(zq::conn());
+    } catch (const zq::DbError& e) {
+        zq::ShowMsg(e.message(), zq::vbExclamation, title);
+    }
+    if (zq::conn().isOpen()) zq::conn().close();
 }
 } // namespace
 
@@ -64,23 +68,32 @@ MainWindow::MainWindow(QSettings& settings, QWidget* parent)
     : QMainWindow(parent)
     , m_settings(settings)
     , m_control(new zqRs)
-    , m_database(new QLabel)
-    , m_user(new QLabel) {
-    setWindowTitle(QStringLiteral("人事管理系统"));
+    , m_company(new QLabel)
+    , m_user(new QLabel)
+    , m_database(new QLabel) {
+    setObjectName(QStringLiteral("frmMain"));
     setFont(zq::uiFont());
-    resize(900, 600);
+    resize(960, 640);
 
     auto* central = new QWidget;
     auto* layout = new QVBoxLayout(central);
     auto* title = new QLabel(QStringLiteral("人事管理系统"));
+    title->setObjectName(QStringLiteral("lblTitle"));
     title->setAlignment(Qt::AlignCenter);
-    title->setFont(zq::uiFont(24));
+    title->setFont(zq::uiFont(28));
+    title->setStyleSheet(QStringLiteral("color: #3a5a8c;"));
     layout->addWidget(title);
     layout->addWidget(m_control);
     setCentralWidget(central);
 
+    m_company->setObjectName(QStringLiteral("sbCompany"));
+    m_user->setObjectName(QStringLiteral("sbUser"));
+    m_database->setObjectName(QStringLiteral("sbDatabase"));
+    for (QLabel* l : {m_company, m_user, m_database})
+        l->setContentsMargins(6, 0, 18, 0);
+    statusBar()->addWidget(m_company);
+    statusBar()->addWidget(m_user);
     statusBar()->addWidget(m_database, 1);
-    statusBar()->addPermanentWidget(m_user);
     buildMenus();
 
     settings.beginGroup(kBagGroup);
@@ -96,37 +109,148 @@ MainWindow::MainWindow(QSettings& settings, QWidget* parent)
 
 void MainWindow::buildMenus() {
     QMenu* system = menuBar()->addMenu(QStringLiteral("系统(&S)"));
-    system->addAction(QStringLiteral("退出(&X)"), this, &QWidget::close);
+    system->setObjectName(QStringLiteral("mnuSystem"));
+    QAction* relogin = system->addAction(QStringLiteral("重新登录(&L)..."), this, &MainWindow::switchUser);
+    relogin->setObjectName(QStringLiteral("mnuLogin"));
+    m_changePassword =
+        system->addAction(QStringLiteral("修改密码(&P)..."), this, &MainWindow::changePassword);
+    m_changePassword->setObjectName(QStringLiteral("mnuPassword"));
+    system->addSeparator();
+    m_userAdmin = system->addAction(QStringLiteral("用户与权限(&U)..."), this, &MainWindow::openUserAdmin);
+    m_userAdmin->setObjectName(QStringLiteral("mnuUsers"));
+    m_log = system->addAction(QStringLiteral("操作日志(&G)..."), this, &MainWindow::openLog);
+    m_log->setObjectName(QStringLiteral("mnuLog"));
+    system->addSeparator();
+    system->addAction(QStringLiteral("退出(&X)"), this, &QWidget::close)
+        ->setObjectName(QStringLiteral("mnuExit"));
+
     for (const Menu& m : menus()) {
         QMenu* menu = menuBar()->addMenu(QString::fromUtf8(m.caption));
-        for (const MenuItem& item : m.items) {
-            if (!item.key) {
+        menu->setToolTipsVisible(true);
+        for (const char* k : m.keys) {
+            if (!*k) {
                 menu->addSeparator();
                 continue;
             }
-            const QString key = QString::fromUtf8(item.key);
-            QAction* a = menu->addAction(QString::fromUtf8(item.caption), this, [this, key] { run(key); });
+            const QString key = QString::fromLatin1(k);
+            QAction* a = menu->addAction(key, this, [this, key] { run(key); });
             a->setObjectName(key);
+            m_items.insert(key, a);
         }
     }
 }
 
+void MainWindow::loadCaptions() {
+    // Captions of the modules in use, in the language; a module that is not in use is not offered.
+    QHash<QString, QString> captions;
+    const zq::Globals& g = G();
+    if (!g.UserPath.isEmpty()) {
+        const bool wasOpen = zq::conn().isOpen();
+        zq::OpenConn(g.SQLData, zq::conn(), g.UserPath, g.Password, g.UserID, g.Default);
+        try {
+            if (zq::conn().isOpen())
+                for (zq::Recordset rs(
+                         zq::conn(),
+                         QStringLiteral("select Model_Name,Model_Name%1 from tSysFunc where NoUse_=0")
+                             .arg(g.lang()));
+                     !rs.eof(); rs.moveNext())
+                    captions.insert(rs.text(0).toLower(), rs.text(1));
+        } catch (const zq::DbError&) {
+            captions.clear(); // not a company database: nothing can be offered
+        }
+        if (!wasOpen && zq::conn().isOpen()) zq::conn().close();
+    }
+    for (auto it = m_items.constBegin(); it != m_items.constEnd(); ++it) {
+        const QString caption = captions.value(it.key().toLower());
+        it.value()->setText(caption.isEmpty() ? it.key() : caption);
+        it.value()->setToolTip(it.key());
+        // Keys whose screens do not exist yet are listed, but cannot be chosen.
+        it.value()->setEnabled(!caption.isEmpty() && zq::findCommand(it.key()) != nullptr);
+    }
+}
+
+void MainWindow::refresh() {
+    // Messages before the first call of the control carry the title too.
+    G().AppTitle = zq::LoadText(99);
+    setWindowTitle(G().AppTitle);
+    loadCaptions();
+    updateStatus();
+}
+
+void MainWindow::updateStatus() {
+    const zq::Globals& g = G();
+    const bool loggedIn = !g.UserName.isEmpty();
+    const QString where = g.SQLData == 0 ? g.UserPath : QStringLiteral("%1 @ %2").arg(g.Default, g.UserPath);
+    m_company->setText(
+        QStringLiteral("公司: %1").arg(g.CompName.isEmpty() ? QStringLiteral("-") : g.CompName));
+    m_user->setText(!loggedIn          ? QStringLiteral("用户: (未登录)")
+                    : g.isSupervisor() ? QStringLiteral("用户: %1 (系统负责人)").arg(g.UserName)
+                                       : QStringLiteral("用户: %1").arg(g.UserName));
+    m_database->setText(QStringLiteral("数据库: %1").arg(where.isEmpty() ? QStringLiteral("-") : where));
+    m_changePassword->setEnabled(loggedIn);
+    m_userAdmin->setEnabled(loggedIn && g.isSupervisor());
+    m_log->setEnabled(loggedIn && g.isSupervisor());
+}
+
+bool MainWindow::login() {
+    G().UserName.clear();
+    const bool ok = zq::StandAloneLogin();
+    refresh();
+    return ok;
+}
+
+void MainWindow::switchUser() {
+    if (zq::conn().isOpen()) zq::conn().close();
+    login();
+}
+
 void MainWindow::run(const QString& key, qint16 state) {
+    const QString before = G().UserName + QLatin1Char('|') + G().UserPath;
     try {
-        m_control->Refresh(key, state);
+        // The host is in this module now; its log lines say so.
+        m_control->setMyModel(key);
+        if (zq::CheckModel(key, 0) != 0) m_control->Refresh(key, state);
     } catch (const zq::DbError& e) {
         zq::ShowMsg(e.message(), zq::vbExclamation);
     } catch (const std::exception& e) {
         zq::ShowMsg(QString::fromUtf8(e.what()), zq::vbExclamation);
     }
+    if (zq::conn().isOpen()) zq::conn().close();
+    // The check may have logged someone in, perhaps to another account set.
+    if (G().UserName + QLatin1Char('|') + G().UserPath != before)
+        refresh();
+    else
+        updateStatus();
+}
+
+void MainWindow::changePassword() {
+    const QString name = G().UserName;
+    zq::PasswordDialog dlg(zq::PasswordDialog::Change, name, this);
+    if (zq::showModal(dlg) != QDialog::Accepted) return;
+    withDatabase(dlg.windowTitle(), [&](zq::Connection& c) {
+        if (zq::checkLogin(c, name, dlg.oldPassword()) != zq::LoginCheck::Ok) {
+            zq::ShowMsg(QStringLiteral("原密码不正确, 密码未修改!"), zq::vbExclamation, dlg.windowTitle());
+            return;
+        }
+        zq::setUserPassword(c, name, dlg.password());
+        zq::writeLog(c, name, QString(), QStringLiteral("修改密码"));
+        zq::ShowMsg(QStringLiteral("密码已修改。"), zq::vbInformation, dlg.windowTitle());
+    });
+}
+
+void MainWindow::openUserAdmin() {
+    withDatabase(QStringLiteral("用户管理"), [this](zq::Connection& c) {
+        zq::UserAdminDialog dlg(c, this);
+        zq::showModal(dlg);
+    });
     updateStatus();
 }
 
-void MainWindow::updateStatus() {
-    const zq::Globals& g = zq::G();
-    const QString where = g.SQLData == 0 ? g.UserPath : QStringLiteral("%1 @ %2").arg(g.Default, g.UserPath);
-    m_database->setText(QStringLiteral("数据库: %1").arg(where));
-    m_user->setText(QStringLiteral("用户: %1").arg(g.UserName));
+void MainWindow::openLog() {
+    withDatabase(QStringLiteral("操作日志"), [this](zq::Connection& c) {
+        zq::LogViewerDialog dlg(c, this);
+        zq::showModal(dlg);
+    });
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -1,13 +1,17 @@
 #pragma once
 
+#include <QHash>
 #include <QMainWindow>
 
+class QAction;
 class QLabel;
 class QSettings;
 class zqRs;
 
-// The host: menus that call the control with their keys, a status bar with the database and the
-// user, and the control's properties kept in the settings file between runs.
+// The host: the menus of the personnel office, each item calling the control with its key after
+// the rights check of entering; the system menu with login, password, users and the operation log;
+// a status bar with company, user and database; the control's properties kept in the settings
+// file between runs.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -16,16 +20,32 @@ public:
     zqRs& control() { return *m_control; }
     // Runs one menu key; an error of the control is shown, not thrown.
     void run(const QString& key, qint16 state = 0);
+    // Reads the module captions of the database (once it can be opened) and enables what the user
+    // may reach; then the status bar.
+    void refresh();
     void updateStatus();
+    // The stand-alone login; false when the user gave up.
+    bool login();
+
+    void changePassword();
+    void openUserAdmin();
+    void openLog();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildMenus();
+    void loadCaptions();
+    void switchUser();
 
     QSettings& m_settings;
     zqRs* m_control;
-    QLabel* m_database;
+    QLabel* m_company;
     QLabel* m_user;
+    QLabel* m_database;
+    QHash<QString, QAction*> m_items; // menu key -> its item
+    QAction* m_changePassword = nullptr;
+    QAction* m_userAdmin = nullptr;
+    QAction* m_log = nullptr;
 };

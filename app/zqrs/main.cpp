@@ -1,18 +1,47 @@
 #include "MainWindow.h"
 
+#include "admin/Demo.h"
+#include "shell/DbError.h"
 #include "shell/Globals.h"
+#include "shell/Prompts.h"
+#include "shell/Rights.h"
 #include "shell/ui/Fonts.h"
 #include "shell/ui/zqRs.h"
 
+#include <cstdio>
 #include <memory>
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QTimer>
 
 namespace {
-// Until the login screen exists the host works as the supervisor.
-const QString kSupervisor = QStringLiteral("系统管理员");
+// The user's own data folder: the account sets (zqset.db), work files and the demo database.
+QString dataFolder() {
+    const QString dir =
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/zqrs");
+    QDir().mkpath(dir);
+    return dir;
+}
+
+// Makes the demo company where the settings point unless a database with the schema is there.
+bool ensureDemo(const zq::ConnectionSettings& s) {
+    try {
+        if (zq::demo::holdsSchema(s)) return true;
+        std::fprintf(stderr, "%s\n", qPrintable(QStringLiteral("正在建立演示数据库, 请稍候...")));
+        zq::demo::Options o;
+        o.persons = 2000;
+        o.seed = 1;
+        zq::demo::createDemoDatabase(s, o);
+        return true;
+    } catch (const zq::DbError& e) {
+        zq::ShowMsg(QStringLiteral("无法建立演示数据库:\n%1").arg(e.message()), zq::vbExclamation);
+        return false;
+    }
+}
 } // namespace
 
 int main(int argc, char** argv) {
@@ -30,12 +59,16 @@ int main(int argc, char** argv) {
                                     "HOST[:PORT]");
     const QCommandLineOption database("database", "Database on the server.", "NAME");
     const QCommandLineOption user("user", "Login on the server.", "U");
-    const QCommandLineOption password("password", "Password of the login or the file.", "P");
-    const QCommandLineOption name("name", "Name of the person working (default: the supervisor).", "NAME");
+    const QCommandLineOption password("password", "Password of the server login.", "P");
+    const QCommandLineOption name("name", "Work as this person without the login window.", "NAME");
+    const QCommandLineOption language("language", "0 simplified Chinese, 1 traditional Chinese.", "0|1");
+    const QCommandLineOption demo("demo", "Open the demo company; make it first when it is missing "
+                                          "(in the data folder unless --db or --server says where).");
     const QCommandLineOption company("company", "Name of the company shown as the root of trees.", "NAME");
     const QCommandLineOption settingsFile("settings", "Keep the settings in this file.", "FILE");
     const QCommandLineOption menu("menu", "Run one menu key after start.", "KEY");
-    parser.addOptions({db, server, database, user, password, name, company, settingsFile, menu});
+    parser.addOptions(
+        {db, server, database, user, password, name, language, demo, company, settingsFile, menu});
     parser.process(app);
 
     std::unique_ptr<QSettings> settings =
@@ -47,20 +80,46 @@ int main(int argc, char** argv) {
 
     if (parser.isSet(db)) {
         control.setSQLData(0);
-        control.setUserPath(parser.value(db));
+        control.setUserPath(QFileInfo(parser.value(db)).absoluteFilePath());
     } else if (parser.isSet(server)) {
         control.setSQLData(1);
         control.setUserPath(parser.value(server));
         control.setDefault(parser.value(database));
         control.setUserID(parser.value(user));
+    } else if (parser.isSet(demo)) {
+        control.setSQLData(0);
+        control.setUserPath(dataFolder() + QStringLiteral("/demo.db"));
     }
     if (parser.isSet(password)) control.setPassword(parser.value(password));
-    control.setPowerPath(QCoreApplication::applicationDirPath());
-    control.setCompName(parser.value(company));
-    control.setZgName(kSupervisor);
-    control.setUserName(parser.isSet(name) ? parser.value(name) : kSupervisor);
+    if (parser.isSet(language)) {
+        const QString l = parser.value(language);
+        if (l != QLatin1String("0") && l != QLatin1String("1")) {
+            std::fprintf(stderr, "zqrs: --language takes 0 or 1\n");
+            return 2;
+        }
+        control.setLanguage(qint16(l.toInt()));
+    }
+    // PowerPath keeps the account sets; on this platform the user's data folder stands for the
+    // program's folder, which an installed program cannot write to.
+    control.setPowerPath(parser.isSet(settingsFile) ? QFileInfo(parser.value(settingsFile)).absolutePath()
+                                                    : dataFolder());
+    if (parser.isSet(demo)) {
+        const zq::Globals& g = zq::G();
+        if (!ensureDemo({g.SQLData, g.UserPath, g.Password, g.UserID, g.Default})) return 1;
+    }
 
-    window.updateStatus();
+    // A user name kept from the last run is no login: the login window asks again.
+    if (parser.isSet(name)) {
+        if (!zq::LoginAs(parser.value(name))) {
+            zq::ShowMsg(QStringLiteral("无法打开数据库: %1").arg(zq::G().UserPath), zq::vbExclamation);
+            return 1;
+        }
+    } else if (!window.login()) {
+        return 0;
+    }
+    if (parser.isSet(company)) control.setCompName(parser.value(company));
+
+    window.refresh();
     window.show();
     if (parser.isSet(menu)) {
         const QString key = parser.value(menu);

@@ -3,14 +3,16 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
-#include <QSet>
 #include <algorithm>
+#include <QSet>
 
 namespace zq {
 
 namespace {
 
-QString personsInState(qint32 state) { return QStringLiteral(" from trsbasic where fzt=") + QString::number(state); }
+QString personsInState(qint32 state) {
+    return QStringLiteral(" from trsbasic where fzt=") + QString::number(state);
+}
 
 // Codes the database settles in one statement; a few hundred literals keep it well inside the
 // limits of both engines.
@@ -19,7 +21,8 @@ constexpr int kCodesPerStatement = 400;
 } // namespace
 
 QString PersonCodeColumn(const QString& table) {
-    return table.toLower() == QLatin1String("trs_bm") ? QStringLiteral("fbmcode") : QStringLiteral("neckline");
+    return table.toLower() == QLatin1String("trs_bm") ? QStringLiteral("fbmcode")
+                                                      : QStringLiteral("neckline");
 }
 
 QString CountPersons(const QString& table, qint32 state, const QString& code) {
@@ -31,18 +34,39 @@ QString CountPersons(const QString& table, qint32 state, const QString& code) {
     return rs.eof() ? QString() : rs.text(0);
 }
 
+namespace {
+
+// Both engines compare ASCII letters of the codes without regard to case (like on SQLite, like on
+// a citext column on the server): folding them makes a plain prefix test give what like gives.
+QString foldAscii(QString s) {
+    for (QChar& c : s)
+        if (c >= QLatin1Char('A') && c <= QLatin1Char('Z')) c = QChar(c.unicode() + 32);
+    return s;
+}
+
+// A character outside ASCII that the server lowers onto an ASCII letter (the Kelvin sign, the
+// dotted capital I): with such a stored code, codes with letters are left to the database.
+bool lowersOntoAscii(QChar c) {
+    return c.unicode() > 127 && c.toLower().unicode() < 128;
+}
+
+} // namespace
+
 HeadCounts::HeadCounts(const QString& table, qint32 state)
     : m_table(table)
     , m_column(PersonCodeColumn(table))
     , m_state(state) {
-    Recordset rs(conn(), QStringLiteral("select ") + m_column + QStringLiteral(",count(*)") + personsInState(state) +
-                             QStringLiteral(" group by ") + m_column);
+    Recordset rs(conn(), QStringLiteral("select ") + m_column + QStringLiteral(",count(*)") +
+                             personsInState(state) + QStringLiteral(" group by ") + m_column);
     QVector<QPair<QString, qint64>> groups;
     for (; !rs.eof(); rs.moveNext()) {
         const qint64 n = qint64(rs.val(1));
         m_total += n;
         // A null code matches no pattern; it counts for the root only.
-        if (!rs.value(0).isNull()) groups.append({rs.text(0), n});
+        if (rs.value(0).isNull()) continue;
+        const QString value = rs.text(0);
+        m_oddValues = m_oddValues || std::any_of(value.cbegin(), value.cend(), lowersOntoAscii);
+        groups.append({foldAscii(value), n});
     }
     std::sort(groups.begin(), groups.end());
     m_values.reserve(groups.size());
@@ -54,24 +78,35 @@ HeadCounts::HeadCounts(const QString& table, qint32 state)
     }
 }
 
-bool HeadCounts::matchesInMemory(const QString& code) {
+HeadCounts::Match HeadCounts::classify(const QString& code) {
+    Match m = Match::Caseless;
     for (const QChar c : code) {
         // Wildcards of like, and the escape character of the server's like.
-        if (c == QLatin1Char('%') || c == QLatin1Char('_') || c == QLatin1Char('\\')) return false;
-        if (c.isSurrogate()) return false;
-        // Letters compare without regard to case on both engines, each by its own rules; a
-        // character without case compares equal only to itself.
-        if (c.isLower() || c.isUpper() || c.isTitleCase() || c.toLower() != c || c.toUpper() != c ||
-            c.toCaseFolded() != c)
-            return false;
+        if (c == QLatin1Char('%') || c == QLatin1Char('_') || c == QLatin1Char('\\')) return Match::Database;
+        if (c.unicode() < 128) {
+            if (c.isLetter()) m = Match::AsciiLetters;
+            continue;
+        }
+        // Letters beyond ASCII compare by each engine's own rules; a character without case
+        // compares equal only to itself.
+        if (c.isSurrogate() || c.isLower() || c.isUpper() || c.isTitleCase() || c.toLower() != c ||
+            c.toUpper() != c || c.toCaseFolded() != c)
+            return Match::Database;
     }
-    return true;
+    return m;
+}
+
+bool HeadCounts::inMemory(const QString& code) const {
+    const Match m = classify(code);
+    return m == Match::Caseless || (m == Match::AsciiLetters && !m_oddValues);
 }
 
 qint64 HeadCounts::prefixSum(const QString& code) const {
     // Codes sharing a prefix lie together in code-unit order.
-    const auto lo = std::lower_bound(m_values.cbegin(), m_values.cend(), code);
-    const auto hi = std::partition_point(lo, m_values.cend(), [&code](const QString& v) { return v.startsWith(code); });
+    const QString folded = foldAscii(code);
+    const auto lo = std::lower_bound(m_values.cbegin(), m_values.cend(), folded);
+    const auto hi = std::partition_point(lo, m_values.cend(),
+                                         [&folded](const QString& v) { return v.startsWith(folded); });
     return m_prefix[hi - m_values.cbegin()] - m_prefix[lo - m_values.cbegin()];
 }
 
@@ -79,12 +114,13 @@ void HeadCounts::prepare(const QStringList& codes) {
     QStringList pending;
     QSet<QString> seen;
     for (const QString& code : codes)
-        if (!code.isEmpty() && !matchesInMemory(code) && !m_settled.contains(code) && !seen.contains(code)) {
+        if (!code.isEmpty() && !inMemory(code) && !m_settled.contains(code) && !seen.contains(code)) {
             seen.insert(code);
             pending.append(code);
         }
     const QString grouped = QStringLiteral("(select ") + m_column + QStringLiteral(" as v,count(*) as n") +
-                            personsInState(m_state) + QStringLiteral(" group by ") + m_column + QStringLiteral(") g");
+                            personsInState(m_state) + QStringLiteral(" group by ") + m_column +
+                            QStringLiteral(") g");
     for (int from = 0; from < pending.size(); from += kCodesPerStatement) {
         const int to = std::min<int>(pending.size(), from + kCodesPerStatement);
         QString values;
@@ -106,7 +142,7 @@ qint64 HeadCounts::count(const QString& code) {
     if (code.isEmpty()) return m_total;
     // A code the statement could not hold fails here as the statement would.
     checked(code);
-    if (matchesInMemory(code)) return prefixSum(code);
+    if (inMemory(code)) return prefixSum(code);
     if (!m_settled.contains(code)) prepare({code});
     return m_settled.value(code);
 }

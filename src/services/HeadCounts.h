@@ -32,8 +32,13 @@ public:
     // The count of one code; a code that prepare() did not see is matched now.
     qint64 count(const QString& code);
 
-    // True when a plain prefix comparison of the stored codes gives what like gives for the code.
-    static bool matchesInMemory(const QString& code);
+    // How a code can be matched: a plain prefix test for codes without letters; a prefix test with
+    // ASCII letters folded, unless a stored code holds a character the server lowers onto one;
+    // wildcards and other letters by the database.
+    enum class Match { Caseless, AsciiLetters, Database };
+    static Match classify(const QString& code);
+    // True when count() settles the code in memory.
+    bool inMemory(const QString& code) const;
 
 private:
     qint64 prefixSum(const QString& code) const;
@@ -42,7 +47,8 @@ private:
     QString m_column;
     qint32 m_state;
     qint64 m_total = 0;
-    QStringList m_values;     // distinct non-null codes of the persons, sorted
+    bool m_oddValues = false;
+    QStringList m_values;     // non-null codes of the persons, ASCII letters folded, sorted
     QVector<qint64> m_prefix; // m_prefix[i]: persons of m_values[0..i-1]
     QHash<QString, qint64> m_settled;
 };

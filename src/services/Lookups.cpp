@@ -29,7 +29,9 @@ bool firstText(const QString& sql, QString& out) {
     return true;
 }
 
-QString byCode(const QString& code) { return QStringLiteral(" where fCode=") + quoted(code); }
+QString byCode(const QString& code) {
+    return QStringLiteral(" where fCode=") + quoted(code);
+}
 
 } // namespace
 
@@ -43,7 +45,8 @@ QString GetUserDeptCode(const QString& userName) {
 QString CodeFromName(const QString& table, const QString& name) {
     QString code;
     if (table.isEmpty()) return code;
-    firstText(QStringLiteral("select fcode from ") + table + QStringLiteral(" where fname=") + quoted(name), code);
+    firstText(QStringLiteral("select fcode from ") + table + QStringLiteral(" where fname=") + quoted(name),
+              code);
     return code;
 }
 
@@ -72,8 +75,8 @@ QString GetDetail1(const QString& table, const QString& code, QString& detail1) 
 qint32 GetDeptLimit(const QString& table, const QString& code, qint16& level) {
     level = 0;
     if (code.isEmpty()) return 0;
-    Recordset rs(conn(), QStringLiteral("Select fLimited,fYnxj from ") + table + QStringLiteral(" Where fCode=") +
-                             quoted(code));
+    Recordset rs(conn(), QStringLiteral("Select fLimited,fYnxj from ") + table +
+                             QStringLiteral(" Where fCode=") + quoted(code));
     if (rs.eof()) return 0;
     level = narrow<qint16>(rs.val(1));
     return narrow<qint32>(rs.val(0));
@@ -81,7 +84,8 @@ qint32 GetDeptLimit(const QString& table, const QString& code, qint16& level) {
 
 int GetDeptPost(const QString& code, qint32& limit, quint8& level, QString& post, QString& trade) {
     if (code.isEmpty()) return 0;
-    Recordset rs(conn(), QStringLiteral("Select fLimited,fYnxj,fRz,fGzName from tRs_bm Where fCode=") + quoted(code));
+    Recordset rs(conn(),
+                 QStringLiteral("Select fLimited,fYnxj,fRz,fGzName from tRs_bm Where fCode=") + quoted(code));
     if (rs.eof()) return 0;
     limit = narrow<qint32>(rs.val(0));
     level = narrow<quint8>(rs.val(1));
@@ -119,9 +123,10 @@ bool GetPersonState(const QString& code) {
 }
 
 QString GetActivePerson(const QString& code) {
-    Recordset rs(conn(), QStringLiteral("Select fCode,fName,fBmCode,fBmName,fother2,fGzCode,fKqCardID from tRsBasic "
-                                        "where fzt=1 and fCode=") +
-                             quoted(code));
+    Recordset rs(conn(),
+                 QStringLiteral("Select fCode,fName,fBmCode,fBmName,fother2,fGzCode,fKqCardID from tRsBasic "
+                                "where fzt=1 and fCode=") +
+                     quoted(code));
     Globals& g = G();
     QString* const targets[] = {&g.CurPersonCode,     &g.CurPersonName,   &g.CurPersonDeptCode,
                                 &g.CurPersonDeptName, &g.CurPersonOther2, &g.CurPersonGzCode,
@@ -138,16 +143,23 @@ QString GetActivePerson(const QString& code) {
     return name;
 }
 
+QString TrimBlanks(const QString& text) {
+    int from = 0, to = int(text.size());
+    while (from < to && text[from] == QLatin1Char(' '))
+        ++from;
+    while (to > from && text[to - 1] == QLatin1Char(' '))
+        --to;
+    return text.mid(from, to - from);
+}
+
 QString WildcardToLike(const QString& pattern) {
-    // Only blanks are trimmed: a tab typed into the box is part of the text.
-    int from = 0, to = int(pattern.size());
-    while (from < to && pattern[from] == QLatin1Char(' ')) ++from;
-    while (to > from && pattern[to - 1] == QLatin1Char(' ')) --to;
-    QString s = pattern.mid(from, to - from);
+    QString s = TrimBlanks(pattern);
     if (s.isEmpty()) return s;
     auto convert = [&s](int i) {
-        if (s[i] == QLatin1Char('*')) s[i] = QLatin1Char('%');
-        else if (s[i] == QLatin1Char('#')) s[i] = QLatin1Char('_');
+        if (s[i] == QLatin1Char('*'))
+            s[i] = QLatin1Char('%');
+        else if (s[i] == QLatin1Char('#'))
+            s[i] = QLatin1Char('_');
     };
     convert(0);
     convert(int(s.size()) - 1);

@@ -46,6 +46,10 @@ bool GetPersonState(const QString& code);
 // found). Gives CurPersonName.
 QString GetActivePerson(const QString& code);
 
+// The text without leading and trailing blanks: only blanks, as the old Trim; tabs and line breaks
+// are part of the text.
+QString TrimBlanks(const QString& text);
+
 // The user's wildcards as a like pattern: a leading or trailing "*" is "%", "#" is "_"; text with
 // no wildcard at all means "contains" and is wrapped in "%".
 QString WildcardToLike(const QString& pattern);

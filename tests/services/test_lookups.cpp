@@ -15,7 +15,9 @@
 using namespace zq;
 
 namespace {
-void exec(const QString& sql) { conn().execute(sql); }
+void exec(const QString& sql) {
+    conn().execute(sql);
+}
 
 void dept(const QString& code, const QString& name, int level, int limit = 0) {
     exec(QStringLiteral("insert into tRs_Bm (fCode,fName,fYnxj,fLimited,fRz,fgzname,fDetail1,fDetail2) "
@@ -27,8 +29,9 @@ void dept(const QString& code, const QString& name, int level, int limit = 0) {
 
 void person(const QString& code, const QString& name, int state, const QString& deptCode,
             const QString& unit = QString()) {
-    exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt,fBmCode,fBmName,fother2,fGzCode,fKqCardID,funit) "
-                        "values ('%1','%2',%3,'%4','部门%4','其他%1','G%1','K%1',%5)")
+    exec(QStringLiteral(
+             "insert into tRsBasic (fCode,fName,fzt,fBmCode,fBmName,fother2,fGzCode,fKqCardID,funit) "
+             "values ('%1','%2',%3,'%4','部门%4','其他%1','G%1','K%1',%5)")
              .arg(code, name)
              .arg(state)
              .arg(deptCode, unit.isNull() ? QStringLiteral("null") : quoted(unit)));
@@ -204,7 +207,8 @@ private slots:
     }
 
     void countRowsBeyondSixteenBits() {
-        exec("insert into tRs_Bm (fCode) with recursive n(i) as (select 1 union all select i+1 from n where i<32800) "
+        exec("insert into tRs_Bm (fCode) with recursive n(i) as (select 1 union all select i+1 from n where "
+             "i<32800) "
              "select cast(i as text) from n");
         QCOMPARE(CountRows("tRs_Bm", ""), qint16(32767));
         QCOMPARE(CountRows("tRs_Bm", "fCode='5'"), qint16(1));
@@ -233,8 +237,9 @@ private slots:
         QCOMPARE(g.CurPersonKqCardID, QString("K001"));
         // A person who has left is not found: all seven clear.
         QCOMPARE(GetActivePerson("002"), QString());
-        for (const QString* s : {&g.CurPersonCode, &g.CurPersonName, &g.CurPersonDeptCode, &g.CurPersonDeptName,
-                                 &g.CurPersonOther2, &g.CurPersonGzCode, &g.CurPersonKqCardID})
+        for (const QString* s :
+             {&g.CurPersonCode, &g.CurPersonName, &g.CurPersonDeptCode, &g.CurPersonDeptName,
+              &g.CurPersonOther2, &g.CurPersonGzCode, &g.CurPersonKqCardID})
             QCOMPARE(*s, QString());
         QCOMPARE(g.CurPersonSex, QString("男"));
         QVERIFY(scriptPrompts().shown().isEmpty());
@@ -243,16 +248,26 @@ private slots:
     void wildcards_data() {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("pattern");
-        QTest::newRow("plain") << "abc" << "%abc%";
-        QTest::newRow("leading star") << "*abc" << "%abc";
-        QTest::newRow("trailing hash") << "ab#" << "ab_";
-        QTest::newRow("inner star") << "a*c" << "%a*c%";
-        QTest::newRow("both ends") << "#b*" << "_b%";
-        QTest::newRow("trimmed") << "  张三 " << "%张三%";
-        QTest::newRow("typed percent") << "a%c" << "a%c";
-        QTest::newRow("star alone") << "*" << "%";
-        QTest::newRow("empty") << "" << "";
-        QTest::newRow("blank") << "   " << "";
+        QTest::newRow("plain") << "abc"
+                               << "%abc%";
+        QTest::newRow("leading star") << "*abc"
+                                      << "%abc";
+        QTest::newRow("trailing hash") << "ab#"
+                                       << "ab_";
+        QTest::newRow("inner star") << "a*c"
+                                    << "%a*c%";
+        QTest::newRow("both ends") << "#b*"
+                                   << "_b%";
+        QTest::newRow("trimmed") << "  张三 "
+                                 << "%张三%";
+        QTest::newRow("typed percent") << "a%c"
+                                       << "a%c";
+        QTest::newRow("star alone") << "*"
+                                    << "%";
+        QTest::newRow("empty") << ""
+                               << "";
+        QTest::newRow("blank") << "   "
+                               << "";
     }
     void wildcards() {
         QFETCH(QString, typed);

@@ -12,7 +12,11 @@ using namespace zq;
 class TestConnection : public QObject {
     Q_OBJECT
 private slots:
-    void init() { test::freshDatabase(); }
+    void init()
+    {
+        test::freshDatabase();
+        conn().execute("delete from myCompany");
+    }
 
     void openConnIsIdleWhenOpen()
     {

@@ -10,8 +10,10 @@
 #include "shell/SqlText.h"
 #include "shell/ui/Fonts.h"
 
-#include <QApplication>
 #include <memory>
+#include <QApplication>
+#include <QBoxLayout>
+#include <QPushButton>
 
 namespace zq {
 
@@ -34,7 +36,26 @@ BriefDialog::BriefDialog(int mode, const QString& title, QWidget* parent)
     setFont(uiFont());
 }
 
-void setBriefDriver(BriefDriver d) { driver() = std::move(d); }
+QPushButton* BriefDialog::addButton(QBoxLayout* row, const char* name, const QString& caption) {
+    auto* b = new QPushButton(caption, this);
+    b->setObjectName(QLatin1String(name));
+    b->setAutoDefault(false);
+    row->addWidget(b);
+    return b;
+}
+
+QPushButton* BriefDialog::addOkCancel(QBoxLayout* row) {
+    row->addStretch();
+    QPushButton* ok = addButton(row, "cmdOK", QStringLiteral("确定"));
+    QPushButton* cancel = addButton(row, "cmdCancel", QStringLiteral("取消"));
+    connect(ok, &QPushButton::clicked, this, &BriefDialog::accept);
+    connect(cancel, &QPushButton::clicked, this, &BriefDialog::reject);
+    return ok;
+}
+
+void setBriefDriver(BriefDriver d) {
+    driver() = std::move(d);
+}
 
 QString ShowBriefDialog(const QString& table, const QString& code, qint32 mode) {
     // The lists live in the company's database: the one the control's settings name.
@@ -59,14 +80,17 @@ QString ShowBriefDialog(const QString& table, const QString& code, qint32 mode) 
     default:
         return {};
     }
-    if (driver()) driver()(*dlg);
-    else if (canShowWindows()) dlg->exec();
+    if (driver())
+        driver()(*dlg);
+    else if (canShowWindows())
+        dlg->exec();
     return dlg->result() == QDialog::Accepted ? dlg->answer() : QString();
 }
 
 QString AskBriefValue(QString& fieldName) {
     Recordset rs(conn(),
-                 QStringLiteral("select * from  RptListDetail where ftable='tRsBasic' and FieldName=") + quoted(fieldName));
+                 QStringLiteral("select * from  RptListDetail where ftable='tRsBasic' and FieldName=") +
+                     quoted(fieldName));
     if (rs.eof()) return {};
     const QString type = rs.text(QStringLiteral("fieldbrieftype"));
     if (type.isEmpty()) return {};

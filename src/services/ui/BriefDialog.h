@@ -1,8 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <QDialog>
 #include <QString>
-#include <functional>
+
+class QBoxLayout;
+class QPushButton;
 
 namespace zq {
 
@@ -13,6 +16,12 @@ public:
     int mode() const { return m_mode; }
     // What ShowBriefDialog gives back after the dialog was accepted.
     virtual QString answer() const = 0;
+
+protected:
+    // A button named for tests, added to a row of buttons; Enter never presses it by default.
+    QPushButton* addButton(QBoxLayout* row, const char* name, const QString& caption);
+    // "确定" (cmdOK, accept) and "取消" (cmdCancel, reject) closing a row of buttons.
+    QPushButton* addOkCancel(QBoxLayout* row);
 
 private:
     int m_mode;

@@ -5,6 +5,7 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <algorithm>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -12,7 +13,6 @@
 #include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
-#include <algorithm>
 
 namespace zq {
 
@@ -20,12 +20,6 @@ namespace {
 // The list of all lists, as callers ask for it.
 const QString kAllLists = QStringLiteral("99999999");
 
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
 } // namespace
 
 BriefListDialog::BriefListDialog(int mode, const QString& code, QWidget* parent)
@@ -42,7 +36,8 @@ BriefListDialog::BriefListDialog(int mode, const QString& code, QWidget* parent)
     m_list = new QTreeWidget(this);
     m_list->setObjectName(QStringLiteral("lstItems"));
     m_list->setColumnCount(2);
-    m_list->setHeaderLabels({QStringLiteral("编码"), mode == 1 ? QStringLiteral("类别名称") : QStringLiteral("内容")});
+    m_list->setHeaderLabels(
+        {QStringLiteral("编码"), mode == 1 ? QStringLiteral("类别名称") : QStringLiteral("内容")});
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
     m_list->header()->setStretchLastSection(true);
@@ -51,29 +46,20 @@ BriefListDialog::BriefListDialog(int mode, const QString& code, QWidget* parent)
 
     auto* buttons = new QHBoxLayout;
     if (mode == 2) {
-        QPushButton* add = button(this, "cmdAdd", QStringLiteral("增加"));
-        QPushButton* rename = button(this, "cmdRename", QStringLiteral("修改"));
-        QPushButton* remove = button(this, "cmdDelete", QStringLiteral("删除"));
-        QPushButton* up = button(this, "cmdUp", QStringLiteral("上移"));
-        QPushButton* down = button(this, "cmdDown", QStringLiteral("下移"));
-        for (QPushButton* b : {add, rename, remove, up, down})
-            buttons->addWidget(b);
+        QPushButton* add = addButton(buttons, "cmdAdd", QStringLiteral("增加"));
+        QPushButton* rename = addButton(buttons, "cmdRename", QStringLiteral("修改"));
+        QPushButton* remove = addButton(buttons, "cmdDelete", QStringLiteral("删除"));
+        QPushButton* up = addButton(buttons, "cmdUp", QStringLiteral("上移"));
+        QPushButton* down = addButton(buttons, "cmdDown", QStringLiteral("下移"));
         connect(add, &QPushButton::clicked, this, &BriefListDialog::onAdd);
         connect(rename, &QPushButton::clicked, this, &BriefListDialog::onRename);
         connect(remove, &QPushButton::clicked, this, &BriefListDialog::onDelete);
         connect(up, &QPushButton::clicked, this, [this] { onMove(-1); });
         connect(down, &QPushButton::clicked, this, [this] { onMove(1); });
     }
-    buttons->addStretch();
-    QPushButton* ok = button(this, "cmdOK", QStringLiteral("确定"));
-    QPushButton* cancel = button(this, "cmdCancel", QStringLiteral("取消"));
     // Enter in the filter box takes the entry shown first.
-    ok->setDefault(true);
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
+    addOkCancel(buttons)->setDefault(true);
     layout->addLayout(buttons);
-    connect(ok, &QPushButton::clicked, this, &BriefListDialog::accept);
-    connect(cancel, &QPushButton::clicked, this, &BriefListDialog::reject);
     connect(m_filter, &QLineEdit::textChanged, this, &BriefListDialog::applyFilter);
     connect(m_list, &QTreeWidget::itemDoubleClicked, this, &BriefListDialog::accept);
     resize(360, 420);
@@ -141,8 +127,10 @@ QString BriefListDialog::answer() const {
 
 void BriefListDialog::accept() {
     // Nothing chosen is the same as cancelling.
-    if (currentRow() < 0) reject();
-    else BriefDialog::accept();
+    if (currentRow() < 0)
+        reject();
+    else
+        BriefDialog::accept();
 }
 
 bool BriefListDialog::refuseQuote(const QString& text) {
@@ -167,7 +155,8 @@ QString BriefListDialog::nextCode() const {
     QString code;
     for (qint64 n = m_items.size() + 1;; ++n) {
         code = QStringLiteral("%1").arg(n, width, 10, QLatin1Char('0'));
-        if (std::none_of(m_items.cbegin(), m_items.cend(), [&code](const Item& it) { return it.code == code; }))
+        if (std::none_of(m_items.cbegin(), m_items.cend(),
+                         [&code](const Item& it) { return it.code == code; }))
             return code;
     }
 }
@@ -181,7 +170,8 @@ bool BriefListDialog::addEntry(const QString& name) {
     if (mode() != 2 || name.isEmpty() || refuseQuote(name)) return false;
     const QString code = nextCode();
     try {
-        Recordset rs(conn(), QStringLiteral("select * from briefDetail where 1=2"), Cursor::Keyset, Lock::Optimistic);
+        Recordset rs(conn(), QStringLiteral("select * from briefDetail where 1=2"), Cursor::Keyset,
+                     Lock::Optimistic);
         rs.addNew();
         rs.setValue(QStringLiteral("briefType"), m_type);
         rs.setValue(QStringLiteral("BriefCode"), code);
@@ -228,23 +218,19 @@ bool BriefListDialog::deleteEntry(int row) {
 bool BriefListDialog::moveEntry(int row, int step) {
     const int other = row + step;
     if (mode() != 2 || row < 0 || row >= m_items.size() || other < 0 || other >= m_items.size()) return false;
-    // The order is the code order: the two entries swap codes, through a code neither holds, so a
-    // unique code per list is never broken on the way.
+    // The order is the code order: the two entries swap codes. Each row is written once, since a
+    // row's locator on the server changes when the row is written.
     const QString a = m_items[row].code, b = m_items[other].code;
     try {
         Transaction t(conn());
         Recordset rs(conn(), listSql(), Cursor::Keyset, Lock::Optimistic);
         const QString code = QStringLiteral("BriefCode");
         rs.move(row);
-        rs.setValue(code, a + QStringLiteral("~"));
+        rs.setValue(code, b);
         rs.update();
         rs.moveFirst();
         rs.move(other);
         rs.setValue(code, a);
-        rs.update();
-        rs.moveFirst();
-        rs.move(row);
-        rs.setValue(code, b);
         rs.update();
         t.commit();
     } catch (const DbError&) {
@@ -270,11 +256,13 @@ void BriefListDialog::onRename() {
 void BriefListDialog::onDelete() {
     const int row = currentRow();
     if (row < 0) return;
-    if (ShowMsg(QStringLiteral("确定删除 [") + m_items[row].name + QStringLiteral("] 吗?"), vbYesNo + vbQuestion,
-                windowTitle()) == vbYes)
+    if (ShowMsg(QStringLiteral("确定删除 [") + m_items[row].name + QStringLiteral("] 吗?"),
+                vbYesNo + vbQuestion, windowTitle()) == vbYes)
         deleteEntry(row);
 }
 
-void BriefListDialog::onMove(int step) { moveEntry(currentRow(), step); }
+void BriefListDialog::onMove(int step) {
+    moveEntry(currentRow(), step);
+}
 
 } // namespace zq

@@ -6,22 +6,16 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <algorithm>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
-#include <algorithm>
 
 namespace zq {
 
 namespace {
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
 
 bool sameWidth(const QString& a, const QString& b) {
     if (a.isEmpty() || b.isEmpty()) return a.isEmpty() == b.isEmpty();
@@ -48,7 +42,8 @@ ColumnDialog::ColumnDialog(const QString& table, QWidget* parent)
     m_grid = new QTableWidget(this);
     m_grid->setObjectName(QStringLiteral("grdColumns"));
     m_grid->setColumnCount(3);
-    m_grid->setHorizontalHeaderLabels({QStringLiteral("栏目"), QStringLiteral("字段"), QStringLiteral("宽度")});
+    m_grid->setHorizontalHeaderLabels(
+        {QStringLiteral("栏目"), QStringLiteral("字段"), QStringLiteral("宽度")});
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
     m_grid->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
@@ -56,20 +51,12 @@ ColumnDialog::ColumnDialog(const QString& table, QWidget* parent)
     layout->addWidget(m_grid);
 
     auto* buttons = new QHBoxLayout;
-    QPushButton* up = button(this, "cmdUp", QStringLiteral("上移"));
-    QPushButton* down = button(this, "cmdDown", QStringLiteral("下移"));
-    QPushButton* ok = button(this, "cmdOK", QStringLiteral("确定"));
-    QPushButton* cancel = button(this, "cmdCancel", QStringLiteral("取消"));
-    buttons->addWidget(up);
-    buttons->addWidget(down);
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
+    QPushButton* up = addButton(buttons, "cmdUp", QStringLiteral("上移"));
+    QPushButton* down = addButton(buttons, "cmdDown", QStringLiteral("下移"));
+    addOkCancel(buttons);
     layout->addLayout(buttons);
     connect(up, &QPushButton::clicked, this, [this] { moveRow(m_grid->currentRow(), -1); });
     connect(down, &QPushButton::clicked, this, [this] { moveRow(m_grid->currentRow(), 1); });
-    connect(ok, &QPushButton::clicked, this, &ColumnDialog::accept);
-    connect(cancel, &QPushButton::clicked, this, &ColumnDialog::reject);
     resize(420, 480);
     fill();
 }
@@ -126,8 +113,8 @@ bool ColumnDialog::save() {
         const bool selected = m_grid->item(r, 0)->checkState() == Qt::Checked;
         const QString width = m_grid->item(r, 2)->text().trimmed();
         if (!width.isEmpty() && Val(width) <= 0) {
-            ShowMsg(QStringLiteral("[") + m_fields[f].caption + QStringLiteral("]的宽度应是大于0的数字!"), vbExclamation,
-                    windowTitle());
+            ShowMsg(QStringLiteral("[") + m_fields[f].caption + QStringLiteral("]的宽度应是大于0的数字!"),
+                    vbExclamation, windowTitle());
             return false;
         }
         reordered = reordered || f != r;
@@ -162,7 +149,8 @@ bool ColumnDialog::save() {
             rs.move(f.position);
             if (select) rs.setValue(QStringLiteral("FieldSelected"), c.selected ? 1 : 0);
             if (order) rs.setValue(QStringLiteral("FieldID"), c.fieldId);
-            if (width) rs.setValue(QStringLiteral("FieldGridWidth"), c.width.isEmpty() ? QVariant() : Val(c.width));
+            if (width)
+                rs.setValue(QStringLiteral("FieldGridWidth"), c.width.isEmpty() ? QVariant() : Val(c.width));
             rs.update();
             changed = true;
         }

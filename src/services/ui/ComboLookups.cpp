@@ -18,11 +18,13 @@ void FillBriefCombo(QComboBox* combo, const QString& briefType, quint8& withCode
                              QStringLiteral(" Order By briefcode"));
     for (; !rs.eof(); rs.moveNext()) {
         const QString name = rs.text(QStringLiteral("BriefName"));
-        combo->addItem(withCode != 0 ? rs.text(QStringLiteral("BriefCode")) + QLatin1Char('\t') + name : name);
+        combo->addItem(withCode != 0 ? rs.text(QStringLiteral("BriefCode")) + QLatin1Char('\t') + name
+                                     : name);
     }
 }
 
-void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix, qint16 level, qint16 withCode) {
+void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix, qint16 level,
+                   qint16 withCode) {
     combo->clear();
     QString sql = QStringLiteral("select fcode,fname from ") + table + QStringLiteral(" Where 1=1");
     if (level != -1) sql += QStringLiteral(" And fynxj=") + QString::number(level);

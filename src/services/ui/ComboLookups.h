@@ -14,7 +14,8 @@ namespace zq {
 void FillBriefCombo(QComboBox* combo, const QString& briefType, quint8& withCode);
 // Clears the combo and lists the fCode/fName rows of a code table, of one fYnxj level unless level
 // is -1, under a code prefix unless it is empty.
-void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix, qint16 level, qint16 withCode);
+void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix, qint16 level,
+                   qint16 withCode);
 // Clears the combo and lists the distinct units (fUnit) of the staff.
 void FillUnitCombo(QComboBox* combo);
 // Index of the first item equal to the text (case-sensitive), -1 when none.

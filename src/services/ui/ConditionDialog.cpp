@@ -32,29 +32,22 @@ QString literal(const ConditionRow& row, const QString& value) {
     return quoted(value);
 }
 
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
 const QString kAnd = QStringLiteral("and");
 const QString kOr = QStringLiteral("or");
 
 } // namespace
 
 const QStringList& conditionOperators() {
-    static const QStringList ops = {QStringLiteral("="),  QStringLiteral("<>"), QStringLiteral(">"),
-                                    QStringLiteral(">="), QStringLiteral("<"),  QStringLiteral("<="),
+    static const QStringList ops = {QStringLiteral("="),    QStringLiteral("<>"),     QStringLiteral(">"),
+                                    QStringLiteral(">="),   QStringLiteral("<"),      QStringLiteral("<="),
                                     QStringLiteral("like"), QStringLiteral("between")};
     return ops;
 }
 
 QString conditionTerm(const ConditionRow& row) {
     if (row.op == QLatin1String("between"))
-        return row.field + QStringLiteral(">=") + literal(row, row.value) + QStringLiteral(" and ") + row.field +
-               QStringLiteral("<=") + literal(row, row.value2);
+        return row.field + QStringLiteral(">=") + literal(row, row.value) + QStringLiteral(" and ") +
+               row.field + QStringLiteral("<=") + literal(row, row.value2);
     if (row.op == QLatin1String("like"))
         return row.field + QStringLiteral(" like ") + quoted(WildcardToLike(row.value));
     return row.field + row.op + literal(row, row.value);
@@ -84,10 +77,11 @@ ConditionDialog::ConditionDialog(const QString& table, const QString& start, QWi
     , m_table(table)
     , m_start(start) {
     {
-        Recordset rs(conn(), QStringLiteral("select FieldName,FieldName") + G().lang() +
-                                 QStringLiteral(",FieldDataType,FieldBriefType,FieldName_0 from RptListDetail "
-                                                "where ftable=") +
-                                 quoted(table) + QStringLiteral(" Order by OrderID"));
+        Recordset rs(conn(),
+                     QStringLiteral("select FieldName,FieldName") + G().lang() +
+                         QStringLiteral(",FieldDataType,FieldBriefType,FieldName_0 from RptListDetail "
+                                        "where ftable=") +
+                         quoted(table) + QStringLiteral(" Order by OrderID"));
         for (; !rs.eof(); rs.moveNext()) {
             // A field without a caption is not in use.
             if (rs.text(4).trimmed().isEmpty()) continue;
@@ -130,12 +124,9 @@ ConditionDialog::ConditionDialog(const QString& table, const QString& start, QWi
     layout->addLayout(editor);
 
     auto* rowButtons = new QHBoxLayout;
-    QPushButton* add = button(this, "cmdAddRow", QStringLiteral("添加条件"));
-    QPushButton* remove = button(this, "cmdRemoveRow", QStringLiteral("删除条件"));
-    QPushButton* clear = button(this, "cmdClear", QStringLiteral("清除"));
-    rowButtons->addWidget(add);
-    rowButtons->addWidget(remove);
-    rowButtons->addWidget(clear);
+    QPushButton* add = addButton(rowButtons, "cmdAddRow", QStringLiteral("添加条件"));
+    QPushButton* remove = addButton(rowButtons, "cmdRemoveRow", QStringLiteral("删除条件"));
+    QPushButton* clear = addButton(rowButtons, "cmdClear", QStringLiteral("清除"));
     rowButtons->addStretch();
     layout->addLayout(rowButtons);
 
@@ -150,11 +141,7 @@ ConditionDialog::ConditionDialog(const QString& table, const QString& start, QWi
     layout->addWidget(m_preview);
 
     auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    QPushButton* ok = button(this, "cmdOK", QStringLiteral("确定"));
-    QPushButton* cancel = button(this, "cmdCancel", QStringLiteral("取消"));
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
+    addOkCancel(buttons);
     layout->addLayout(buttons);
 
     connect(add, &QPushButton::clicked, this, &ConditionDialog::addRow);
@@ -163,8 +150,6 @@ ConditionDialog::ConditionDialog(const QString& table, const QString& start, QWi
         m_rows.clear();
         refresh();
     });
-    connect(ok, &QPushButton::clicked, this, &ConditionDialog::accept);
-    connect(cancel, &QPushButton::clicked, this, &ConditionDialog::reject);
     connect(m_field, &QComboBox::currentIndexChanged, this, &ConditionDialog::onFieldChanged);
     connect(m_op, &QComboBox::currentIndexChanged, this, &ConditionDialog::onOperatorChanged);
     resize(560, 380);
@@ -219,7 +204,8 @@ bool ConditionDialog::addRow() {
     }
     if (row.numeric && row.op != QLatin1String("like") &&
         (!isNumber(row.value.trimmed()) || (between && !isNumber(row.value2.trimmed())))) {
-        ShowMsg(QStringLiteral("[") + m_fields[i].caption + QStringLiteral("]是数值, 请输入数字!"), vbExclamation, title);
+        ShowMsg(QStringLiteral("[") + m_fields[i].caption + QStringLiteral("]是数值, 请输入数字!"),
+                vbExclamation, title);
         return false;
     }
     m_rows.append(row);
@@ -243,7 +229,8 @@ void ConditionDialog::refresh() {
         QString caption = row.field;
         for (const Field& f : m_fields)
             if (f.name == row.field) caption = f.caption;
-        QString text = r == 0 ? QString() : (row.join == kOr ? QStringLiteral("或者 ") : QStringLiteral("并且 "));
+        QString text =
+            r == 0 ? QString() : (row.join == kOr ? QStringLiteral("或者 ") : QStringLiteral("并且 "));
         text += caption + QLatin1Char(' ') + row.op + QLatin1Char(' ') + row.value;
         if (!row.value2.isEmpty()) text += QStringLiteral(" ~ ") + row.value2;
         m_list->addItem(text);

@@ -14,12 +14,12 @@ namespace zq {
 
 // One row of a composed condition.
 struct ConditionRow {
-    QString join;    // "and" or "or": how the row joins the rows before it (ignored on the first)
-    QString field;   // column name
+    QString join;  // "and" or "or": how the row joins the rows before it (ignored on the first)
+    QString field; // column name
     bool numeric = false;
-    QString op;      // = <> > >= < <= like between
+    QString op; // = <> > >= < <= like between
     QString value;
-    QString value2;  // upper bound of between
+    QString value2; // upper bound of between
 };
 
 // The operators offered, in the order of the list.

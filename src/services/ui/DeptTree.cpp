@@ -1,10 +1,13 @@
 #include "DeptTree.h"
 
+#include "services/Lookups.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <memory>
+#include <optional>
 #include <QAbstractItemModel>
 #include <QHash>
 #include <QPainter>
@@ -12,7 +15,6 @@
 #include <QPixmap>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
-#include <optional>
 
 namespace zq {
 
@@ -26,7 +28,9 @@ const char* const kKeysName = "zqNodeKeys";
 // the tree's rows drops it, and the next look-up rebuilds it from the items.
 class NodeKeys : public QObject {
 public:
-    explicit NodeKeys(QTreeWidget* tree) : QObject(tree), m_tree(tree) {
+    explicit NodeKeys(QTreeWidget* tree)
+        : QObject(tree)
+        , m_tree(tree) {
         setObjectName(QLatin1String(kKeysName));
         QAbstractItemModel* model = tree->model();
         connect(model, &QAbstractItemModel::rowsAboutToBeRemoved, this, &NodeKeys::invalidate);
@@ -124,13 +128,6 @@ QPixmap drawImage(int image, int size) {
     return pm;
 }
 
-QString trimBlanks(const QString& s) {
-    int from = 0, to = int(s.size());
-    while (from < to && s[from] == QLatin1Char(' ')) ++from;
-    while (to > from && s[to - 1] == QLatin1Char(' ')) --to;
-    return s.mid(from, to - from);
-}
-
 QTreeWidgetItem* newNode(const QString& key, const QString& text, int image) {
     auto* item = new QTreeWidgetItem(QStringList{text});
     item->setData(0, kKeyRole, key);
@@ -159,16 +156,22 @@ QIcon TreeImageIcon(int image) {
     return icons.value(image);
 }
 
-QString NodeKey(const QTreeWidgetItem* item) { return item ? item->data(0, kKeyRole).toString() : QString(); }
+QString NodeKey(const QTreeWidgetItem* item) {
+    return item ? item->data(0, kKeyRole).toString() : QString();
+}
 
-int NodeImage(const QTreeWidgetItem* item) { return item ? item->data(0, kImageRole).toInt() : 0; }
+int NodeImage(const QTreeWidgetItem* item) {
+    return item ? item->data(0, kImageRole).toInt() : 0;
+}
 
 void SetNodeImage(QTreeWidgetItem* item, int image) {
     item->setData(0, kImageRole, image);
     item->setIcon(0, TreeImageIcon(image));
 }
 
-QTreeWidgetItem* FindNode(QTreeWidget* tree, const QString& key) { return NodeKeys::of(tree)->find(key); }
+QTreeWidgetItem* FindNode(QTreeWidget* tree, const QString& key) {
+    return NodeKeys::of(tree)->find(key);
+}
 
 QTreeWidgetItem* AddNode(QTreeWidget* tree, QTreeWidgetItem* parent, const QString& key, const QString& text,
                          int image, int index) {
@@ -177,15 +180,18 @@ QTreeWidgetItem* AddNode(QTreeWidget* tree, QTreeWidgetItem* parent, const QStri
     QTreeWidgetItem* item = newNode(key, text, image);
     const int count = parent ? parent->childCount() : tree->topLevelItemCount();
     const int at = index < 0 || index > count ? count : index;
-    if (parent) parent->insertChild(at, item);
-    else tree->insertTopLevelItem(at, item);
+    if (parent)
+        parent->insertChild(at, item);
+    else
+        tree->insertTopLevelItem(at, item);
     keys->add(key, item);
     return item;
 }
 
-void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode, qint32 state,
-                  qint16 showCounts, qint16 withLeaves) {
-    QString sql = QStringLiteral("Select fCode,fName,fLimited,fYnxj from ") + table + QStringLiteral(" Where 1=1");
+void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode,
+                  qint32 state, qint16 showCounts, qint16 withLeaves) {
+    QString sql =
+        QStringLiteral("Select fCode,fName,fLimited,fYnxj from ") + table + QStringLiteral(" Where 1=1");
     if (withLeaves == 0) sql += QStringLiteral(" And fYnxj=0");
     if (!prefix.isEmpty()) sql += QStringLiteral(" And fCode like ") + quoted(prefix + QLatin1Char('%'));
     // Code order puts every entry after the entries whose codes begin it: the parent search needs it.
@@ -196,7 +202,7 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     {
         Recordset rs(conn(), sql);
         for (; !rs.eof(); rs.moveNext()) {
-            entries.append({trimBlanks(rs.text(0)), rs.text(1), rs.val(2), rs.val(3) == 0});
+            entries.append({TrimBlanks(rs.text(0)), rs.text(1), rs.val(2), rs.val(3) == 0});
             codes.append(entries.last().code);
         }
     }
@@ -212,11 +218,12 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
 
     const QString tab = QStringLiteral("\t");
     QString rootText = G().CompName;
-    if (counts) rootText += tab + QStringLiteral("(共") + QString::number(heads->total()) + QStringLiteral("人)");
+    if (counts)
+        rootText += tab + QStringLiteral("(共") + QString::number(heads->total()) + QStringLiteral("人)");
     // The nodes are linked while detached and enter the tree at once: one insertion, not thousands.
-    QTreeWidgetItem* root = newNode(QStringLiteral("B"), rootText, ImageRoot);
+    std::unique_ptr<QTreeWidgetItem> root(newNode(QStringLiteral("B"), rootText, ImageRoot));
     QHash<QString, QTreeWidgetItem*> map;
-    map.insert(QStringLiteral("B"), root);
+    map.insert(QStringLiteral("B"), root.get());
 
     QString previousCode;
     QTreeWidgetItem* previous = nullptr;
@@ -224,17 +231,15 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
         QString text = showCode == -1 ? e.code + tab + e.name : e.name;
         if (counts) {
             text += tab + QLatin1Char('(');
-            if (e.limit > 0) text += QStringLiteral("限") + QString::number(e.limit, 'g', 15) + QStringLiteral("人,");
+            if (e.limit > 0)
+                text += QStringLiteral("限") + QString::number(e.limit, 'g', 15) + QStringLiteral("人,");
             text += QStringLiteral("共") + QString::number(heads->count(e.code)) + QStringLiteral("人)");
         }
         const QString key = QStringLiteral("B") + e.code;
-        if (map.contains(key)) {
-            delete root;
-            throw DbError(QStringLiteral("关键字不唯一: %1").arg(key));
-        }
+        if (map.contains(key)) throw DbError(QStringLiteral("关键字不唯一: %1").arg(key));
 
         // The parent: climb from the previous entry until a node's code begins this one.
-        QTreeWidgetItem* parent = root;
+        QTreeWidgetItem* parent = root.get();
         if (!previousCode.isEmpty()) {
             QTreeWidgetItem* node = previous;
             QString search = previousCode;
@@ -244,7 +249,7 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
                     break;
                 }
                 node = node->parent();
-                if (node == root) break;
+                if (node == root.get()) break;
                 search = NodeKey(node).mid(1);
             }
         }
@@ -255,9 +260,10 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
         previous = item;
     }
 
-    tree->addTopLevelItem(root);
+    QTreeWidgetItem* top = root.release();
+    tree->addTopLevelItem(top);
     NodeKeys::of(tree)->set(std::move(map));
-    root->setExpanded(true);
+    top->setExpanded(true);
 }
 
 } // namespace zq

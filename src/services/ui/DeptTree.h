@@ -21,8 +21,8 @@ QIcon TreeImageIcon(int image);
 // showCounts 1 puts a tab and "(限n人,共m人)" behind it (persons in `state`, sub-entries included);
 // withLeaves 0 keeps entries of fYnxj 0 only. The counts come from one grouped statement, equal to
 // one CountPersons per node.
-void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode, qint32 state,
-                  qint16 showCounts, qint16 withLeaves);
+void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode,
+                  qint32 state, qint16 showCounts, qint16 withLeaves);
 
 // Keys and images of tree nodes, as FillDeptTree and AddNode set them.
 QString NodeKey(const QTreeWidgetItem* item);

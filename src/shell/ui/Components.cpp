@@ -1,5 +1,6 @@
 #include "Components.h"
 
+#include "Login.h"
 #include "WidgetPrompts.h"
 
 namespace zq {
@@ -31,6 +32,11 @@ void Components::release() {
 WidgetPrompts& Components::prompts() {
     if (!m_prompts) m_prompts = std::make_unique<WidgetPrompts>();
     return *m_prompts;
+}
+
+Login& Components::login() {
+    if (!m_login) m_login = std::make_unique<Login>();
+    return *m_login;
 }
 
 } // namespace zq

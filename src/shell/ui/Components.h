@@ -4,10 +4,11 @@
 
 namespace zq {
 
+class Login;
 class WidgetPrompts;
 
-// The hidden holder of the components that services reach through one place: the prompts now;
-// the brief lists, printing, user and progress components join it. Created on first touch and
+// The hidden holder of the components that services reach through one place: the prompts and the
+// login now; the brief lists, printing and progress components join it. Created on first touch and
 // released at the end of every Refresh, so each call starts with fresh components.
 class Components {
 public:
@@ -17,6 +18,7 @@ public:
     static void release();
 
     WidgetPrompts& prompts();
+    Login& login();
 
     ~Components();
 
@@ -24,6 +26,7 @@ private:
     Components();
 
     std::unique_ptr<WidgetPrompts> m_prompts;
+    std::unique_ptr<Login> m_login;
 };
 
 } // namespace zq

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "Components.h"
 #include "Fonts.h"
+#include "Login.h"
 #include "PropertyBag.h"
 #include "resources/Texts.h"
 #include "services/Lookups.h"
@@ -27,6 +28,7 @@ zqRs::zqRs(QWidget* parent)
     setFixedSize(0, 0);
     zq::installFontSubstitutes();
     zq::setPromptProvider([]() -> zq::Prompts* { return &zq::Components::instance().prompts(); });
+    zq::installLoginWindow();
 }
 
 zqRs::~zqRs() {

@@ -1,0 +1,219 @@
+// The commands of zqrs-admin: make an empty company database, or one filled with a demo company.
+
+#include "DemoAdmin.h"
+
+#include "Demo.h"
+
+#include "shell/DbError.h"
+#include "shell/Schema.h"
+#include "shell/Users.h"
+
+#include <QCommandLineParser>
+#include <QElapsedTimer>
+
+namespace zq::admin {
+
+namespace {
+
+const char* const kVersion = "0.1";
+
+const QString kHelp =
+    QStringLiteral("用法:\n"
+                   "  zqrs-admin init --db 文件 [--admin 姓名 --admin-password 密码]\n"
+                   "  zqrs-admin init --server 主机[:端口] --database 库名 [--user 用户] [--password 密码]\n"
+                   "                  [--admin 姓名 --admin-password 密码]\n"
+                   "  zqrs-admin demo --db 文件 --persons 人数 [--seed 种子]\n"
+                   "  zqrs-admin demo --server 主机[:端口] --database 库名 [--user 用户] [--password 密码]\n"
+                   "                  --persons 人数 [--seed 种子]\n"
+                   "  zqrs-admin version\n"
+                   "  demo 加 --verbose 逐表显示行数和用时。\n"
+                   "\n"
+                   "init     建立新数据库: 全部表、版本表和初始数据。已建立的数据库不作任何改动。\n"
+                   "         --admin 同时建立第一位系统负责人(登录用户); 不给时第一次登录时设定。\n"
+                   "demo     数据库不存在时先建立, 再填入一个演示公司(同一种子得到同样的数据),\n"
+                   "         并建立演示用户: 系统负责人和两位权限有限的员工。\n"
+                   "         已有员工的数据库不作任何改动。\n"
+                   "version  显示程序和数据库结构的版本。\n");
+
+struct Parsed {
+    QString command;
+    bool verbose = false;
+    ConnectionSettings settings;
+    demo::Options demo;
+    QString admin; // the first supervisor of init
+    QString adminPassword;
+};
+
+// Reads the command line; on a mistake gives the message to show with the usage.
+bool parse(const QStringList& args, Parsed& p, QString& error, bool& help) {
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    const QCommandLineOption db(QStringLiteral("db"), QString(), QStringLiteral("file"));
+    const QCommandLineOption server(QStringLiteral("server"), QString(), QStringLiteral("host"));
+    const QCommandLineOption database(QStringLiteral("database"), QString(), QStringLiteral("name"));
+    const QCommandLineOption user(QStringLiteral("user"), QString(), QStringLiteral("user"));
+    const QCommandLineOption password(QStringLiteral("password"), QString(), QStringLiteral("password"));
+    const QCommandLineOption persons(QStringLiteral("persons"), QString(), QStringLiteral("n"));
+    const QCommandLineOption seed(QStringLiteral("seed"), QString(), QStringLiteral("s"));
+    const QCommandLineOption verbose(QStringLiteral("verbose"));
+    const QCommandLineOption admin(QStringLiteral("admin"), QString(), QStringLiteral("name"));
+    const QCommandLineOption adminPassword(QStringLiteral("admin-password"), QString(), QStringLiteral("password"));
+    const QCommandLineOption helpOption(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    parser.addOptions({db, server, database, user, password, persons, seed, verbose, admin, adminPassword, helpOption});
+    if (!parser.parse(args)) {
+        error = parser.errorText();
+        return false;
+    }
+    help = parser.isSet(helpOption);
+    if (help) return true;
+    const QStringList positional = parser.positionalArguments();
+    if (positional.size() != 1) {
+        error = positional.isEmpty()
+                    ? QStringLiteral("缺少命令")
+                    : QStringLiteral("多余的参数: %1").arg(positional.mid(1).join(QLatin1Char(' ')));
+        return false;
+    }
+    p.command = positional.first();
+    if (p.command == QLatin1String("version")) return true;
+    if (p.command != QLatin1String("init") && p.command != QLatin1String("demo")) {
+        error = QStringLiteral("未知命令: %1").arg(p.command);
+        return false;
+    }
+
+    if (parser.isSet(db) == parser.isSet(server)) {
+        error = QStringLiteral("请给出 --db 或 --server 之一");
+        return false;
+    }
+    if (parser.isSet(db)) {
+        p.settings.sqlData = 0;
+        p.settings.userPath = parser.value(db);
+    } else {
+        p.settings.sqlData = 1;
+        p.settings.userPath = parser.value(server);
+        p.settings.defaultDb = parser.value(database);
+        p.settings.userId = parser.value(user);
+        p.settings.password = parser.value(password);
+        if (p.settings.defaultDb.isEmpty()) {
+            error = QStringLiteral("--server 需要 --database");
+            return false;
+        }
+    }
+    if (p.settings.userPath.isEmpty()) {
+        error = QStringLiteral("数据库位置不能为空");
+        return false;
+    }
+
+    p.verbose = parser.isSet(verbose);
+    if (p.command == QLatin1String("demo")) {
+        bool ok = false;
+        p.demo.persons = parser.value(persons).toInt(&ok);
+        if (!parser.isSet(persons) || !ok || p.demo.persons < 1 || p.demo.persons > 1000000) {
+            error = QStringLiteral("--persons 须为 1 到 1000000 之间的整数");
+            return false;
+        }
+        if (parser.isSet(seed)) {
+            p.demo.seed = parser.value(seed).toUInt(&ok);
+            if (!ok) {
+                error = QStringLiteral("--seed 须为非负整数");
+                return false;
+            }
+        }
+    } else if (parser.isSet(persons) || parser.isSet(seed)) {
+        error = QStringLiteral("--persons 和 --seed 只用于 demo");
+        return false;
+    }
+    if (parser.isSet(admin) || parser.isSet(adminPassword)) {
+        p.admin = parser.value(admin).trimmed();
+        p.adminPassword = parser.value(adminPassword);
+        if (p.command != QLatin1String("init")) {
+            error = QStringLiteral("--admin 只用于 init");
+            return false;
+        }
+        if (p.admin.isEmpty() || p.adminPassword.isEmpty()) {
+            error = QStringLiteral("--admin 和 --admin-password 须一同给出, 且不能为空");
+            return false;
+        }
+        if (p.admin.contains(QLatin1Char('\''))) {
+            error = QStringLiteral("--admin 的姓名中不能有单引号");
+            return false;
+        }
+    }
+    return true;
+}
+
+QString where(const ConnectionSettings& s) {
+    return s.sqlData == 0 ? s.userPath : QStringLiteral("%1/%2").arg(s.userPath, s.defaultDb);
+}
+
+} // namespace
+
+int run(const QStringList& args, QTextStream& out, QTextStream& err) {
+    Parsed p;
+    QString error;
+    bool help = false;
+    if (!parse(args, p, error, help)) {
+        err << "zqrs-admin: " << error << "\n\n" << kHelp;
+        err.flush();
+        return Usage;
+    }
+    if (help) {
+        out << kHelp;
+        out.flush();
+        return Ok;
+    }
+    if (p.command == QLatin1String("version")) {
+        out << "zqrs-admin " << kVersion
+            << QStringLiteral(" (数据库结构版本 %1)").arg(schema::latestVersion()) << '\n';
+        out.flush();
+        return Ok;
+    }
+    try {
+        if (p.command == QLatin1String("init")) {
+            schema::createDatabase(p.settings);
+            out << QStringLiteral("已建立数据库: %1 (结构版本 %2)")
+                       .arg(where(p.settings))
+                       .arg(schema::latestVersion())
+                << '\n';
+            if (!p.admin.isEmpty()) {
+                Connection c;
+                c.open(p.settings);
+                createUser(c, p.admin, p.adminPassword, fullPower(), true);
+                out << QStringLiteral("已建立系统负责人: %1").arg(p.admin) << '\n';
+            }
+        } else {
+            QElapsedTimer timer, table;
+            timer.start();
+            table.start();
+            if (p.verbose)
+                p.demo.progress = [&](const QString& name, qint64 rows) {
+                    out << QStringLiteral("%1  %2 行  %3 秒")
+                               .arg(name, -16)
+                               .arg(rows, 8)
+                               .arg(double(table.restart()) / 1000.0, 0, 'f', 2)
+                        << Qt::endl;
+                };
+            const demo::Summary s = demo::createDemoDatabase(p.settings, p.demo);
+            out << QStringLiteral(
+                       "已填入演示公司: %1 名员工, %2 个部门, %3 个岗位, 共 %4 行, 用时 %5 秒 (%6)")
+                       .arg(s.persons)
+                       .arg(s.departments)
+                       .arg(s.posts)
+                       .arg(s.rows)
+                       .arg(double(timer.elapsed()) / 1000.0, 0, 'f', 1)
+                       .arg(where(p.settings))
+                << '\n';
+            for (const demo::DemoLogin& l : s.logins)
+                out << QStringLiteral("演示用户: %1  密码 %2%3")
+                           .arg(l.name, l.password, l.supervisor ? QStringLiteral("  (系统负责人)") : QString())
+                    << '\n';
+        }
+    } catch (const DbError& e) {
+        err << "zqrs-admin: " << e.message() << '\n';
+        err.flush();
+        return Failed;
+    }
+    out.flush();
+    return Ok;
+}
+
+} // namespace zq::admin

@@ -1,0 +1,262 @@
+// The office side (reports, meetings, notices) and the documents (archive and company dictionary).
+
+#include "DemoKit.h"
+
+#include <algorithm>
+
+namespace zq::demo::kit {
+
+namespace {
+
+struct Notice {
+    QDate date;
+    QString text;
+    QString dept;
+};
+
+const QString kNewLine = QStringLiteral("\r\n");
+
+// Dates over the last two years, oldest first: the numbers of the rows follow them.
+std::vector<QDate> dates(Rng& r, const QDate& today, int n) {
+    std::vector<QDate> d;
+    for (int i = 0; i < n; ++i)
+        d.push_back(r.date(today.addYears(-2), today));
+    std::sort(d.begin(), d.end());
+    return d;
+}
+
+int scaled(const Company& co, int per, int lo, int hi) {
+    return std::clamp(int(co.persons.size()) / per, lo, hi);
+}
+
+// Who writes and checks: the heads of departments, and anyone when there are none.
+QString someone(Rng& r, const Company& co) {
+    if (!co.heads.empty() && r.chance(0.8)) return co.persons[size_t(r.pick(co.heads))].name;
+    return co.persons[size_t(r.between(0, int(co.persons.size()) - 1))].name;
+}
+
+// Only top departments write reports and hold meetings.
+QString topDeptName(Rng& r, const Company& co) {
+    std::vector<int> tops;
+    for (int i = 0; i < int(co.depts.size()); ++i)
+        if (co.depts[size_t(i)].level == 1) tops.push_back(i);
+    return co.depts[size_t(r.pick(tops))].name;
+}
+
+void writeReports(Context& x, std::vector<Notice>& notices) {
+    Rng r = x.rng(sReports);
+    Writer w(x.c, QStringLiteral("tRs_RptFlow"),
+             "fID,fDate,fTitle,fContent,fFootnote1,fFootnote2,fChecker1,fChecker2,fChecker3,fChecker4,"
+             "fChecker1Ok,fChecker2Ok,fChecker3Ok,fChecker4Ok,fFilePath,fNews,fBmName");
+    const std::vector<QDate> when = dates(r, x.co.today, scaled(x.co, 200, 20, 500));
+    for (int id = 1; id <= int(when.size()); ++id) {
+        const QDate& date = when[size_t(id - 1)];
+        const QString title = r.pick(reportTitles());
+        const QString body = r.pick(reportBodies());
+        const QString author = someone(r, x.co);
+        const int checkers = r.weighted({20, 40, 30, 10}) + 1;
+        QStringList names;
+        for (int i = 0; i < 4; ++i)
+            names << (i < checkers ? someone(r, x.co) : blank());
+        // The first name always opens the list, the others follow when given.
+        QString joined = names.at(0);
+        for (int i = 1; i < 4; ++i)
+            if (!names.at(i).isEmpty()) joined += QStringLiteral(", ") + names.at(i);
+        // Older reports are mostly decided; the newest wait for their checkers.
+        const bool recent = date.daysTo(x.co.today) < 30;
+        const bool forward = r.chance(0.2);
+        const QString dept = topDeptName(r, x.co);
+        w << id << iso(date) << title << body << author << joined;
+        for (const QString& n : names)
+            w << n;
+        for (int i = 0; i < 4; ++i)
+            w << (i < checkers ? (recent ? r.weighted({70, 20, 5, 5}) : r.weighted({10, 75, 10, 5})) : 0);
+        w << (r.chance(0.3) ? QStringLiteral("/srv/zqrs/docs/reports/%1.doc").arg(id) : blank())
+          << (forward ? 1 : 0) << dept;
+        w.row();
+        if (forward)
+            notices.push_back({date,
+                               title + kNewLine + body + kNewLine + kNewLine + QStringLiteral("报告人:") +
+                                   author + kNewLine + QStringLiteral("审核人:") + joined + kNewLine,
+                               dept});
+    }
+    x.done(w);
+}
+
+void writeMeetings(Context& x, std::vector<Notice>& notices) {
+    Rng r = x.rng(sMeetings);
+    Writer w(x.c, QStringLiteral("tRs_meeting"),
+             "fID,fDate,fTitle,fContent,fFoot1,fFoot2,fFootnote1,fFootnote2,fFilePath,fNews,fBmName");
+    const QString foot1 = QStringLiteral("主办单位:"), foot2 = QStringLiteral("协办单位:");
+    const std::vector<QDate> when = dates(r, x.co.today, scaled(x.co, 400, 10, 300));
+    for (int id = 1; id <= int(when.size()); ++id) {
+        const QDate& date = when[size_t(id - 1)];
+        const QString title = date.toString(QStringLiteral("yyyy年M月")) + r.pick(meetingTitles());
+        const QString body = r.pick(meetingBodies());
+        const QString host = topDeptName(r, x.co);
+        const QString cohost = r.chance(0.4) ? topDeptName(r, x.co) : blank();
+        const bool forward = r.chance(0.5);
+        w << id << iso(date) << title << body << foot1 << foot2 << host << cohost << blank()
+          << (forward ? 1 : 0) << host;
+        w.row();
+        if (forward) {
+            QString text = title + kNewLine + body + kNewLine + kNewLine + foot1 + host + kNewLine;
+            if (!cohost.isEmpty()) text += foot2 + cohost + kNewLine;
+            notices.push_back({date, text, host});
+        }
+    }
+    x.done(w);
+}
+
+void writeNews(Context& x, std::vector<Notice>& notices) {
+    Rng r = x.rng(sNews);
+    for (const QDate& d : dates(r, x.co.today, scaled(x.co, 300, 15, 300)))
+        notices.push_back({d, r.pick(kit::notices()), r.chance(0.5) ? topDeptName(r, x.co) : blank()});
+    std::stable_sort(notices.begin(), notices.end(),
+                     [](const Notice& a, const Notice& b) { return a.date < b.date; });
+    Writer w(x.c, QStringLiteral("tRs_News"), "fID,fDate,fContent,fBmName");
+    int id = 0;
+    for (const Notice& n : notices) {
+        w << ++id << iso(n.date) << n.text << n.dept;
+        w.row();
+    }
+    x.done(w);
+}
+
+} // namespace
+
+void writeOffice(Context& x) {
+    std::vector<Notice> notices;
+    writeReports(x, notices);
+    writeMeetings(x, notices);
+    writeNews(x, notices);
+}
+
+namespace {
+
+struct DocClass {
+    const char* name;
+    const char* owner;    // the owning department, by its name
+    const char* document; // name of a document: a number follows
+    bool pictures;
+    const char* content;
+};
+
+// Classes under classes: the first level has the code of two digits, the second four.
+const std::vector<std::pair<const char*, std::vector<DocClass>>>& archive() {
+    static const std::vector<std::pair<const char*, std::vector<DocClass>>> a = {
+        {"公司制度",
+         {{"人事制度", "人力资源部", "人事管理规定第", false,
+           "规定员工招聘、考勤、请假、奖惩和离职的办理办法。"},
+          {"财务制度", "财务部", "财务管理规定第", false, "规定费用报销、借款和资金审批的流程与权限。"},
+          {"安全制度", "安全环保部", "安全管理规定第", false, "规定安全生产责任、操作规程和事故报告程序。"}}},
+        {"技术文件",
+         {{"产品图纸", "技术部", "产品图纸ZQ-", false, "产品总装图及零件图，按最新版本执行。"},
+          {"工艺文件", "技术部", "工艺文件GY-", false, "工序作业指导书，含工艺参数和注意事项。"},
+          {"检验标准", "质量管理部", "检验标准JY-", false, "来料、过程及成品检验的项目、方法和判定标准。"}}},
+        {"合同文件",
+         {{"销售合同", "销售部", "销售合同XS-", false, "与客户签订的销售合同，含价格、交期和付款条件。"},
+          {"采购合同", "采购部", "采购合同CG-", false, "与供应商签订的采购合同及质量协议。"}}},
+        {"会议纪要",
+         {{"经营会议纪要", "总经理办公室", "经营会议纪要第", false, "会议议定事项及责任部门、完成时间。"}}},
+        {"图片资料",
+         {{"厂区照片", "行政部", "厂区照片", true, "厂区全景及主要车间照片。"},
+          {"活动照片", "人力资源部", "活动照片", true, "员工文体活动照片。"}}},
+    };
+    return a;
+}
+
+void writeArchive(Context& x) {
+    Rng r = x.rng(sFiles);
+    Writer w(x.c, QStringLiteral("tWd_File1"), "fCode,fName,fYnxj,fBz,fFilePath,fBmCode,fDetail1,fLimited");
+    auto deptCode = [&](const QString& name) {
+        for (const Dept& d : x.co.depts)
+            if (d.name == name) return d.code;
+        return blank();
+    };
+    int classes = 0;
+    for (const auto& group : archive())
+        classes += int(group.second.size());
+    const int perClass = std::max(2, scaled(x.co, 200, 30, 600) / classes);
+    const QString& empty = blank();
+    int top = 0;
+    for (const auto& group : archive()) {
+        const QString topCode = QStringLiteral("%1").arg(++top, 2, 10, QLatin1Char('0'));
+        w << topCode << QString::fromUtf8(group.first) << 0 << 0 << empty << empty << empty << 0.0;
+        w.row();
+        int sub = 0;
+        for (const DocClass& k : group.second) {
+            const QString code = topCode + QStringLiteral("%1").arg(++sub, 2, 10, QLatin1Char('0'));
+            const QString name = QString::fromUtf8(k.name);
+            const QString owner = deptCode(QString::fromUtf8(k.owner));
+            w << code << name << 0 << 0 << empty << owner << empty << 0.0;
+            w.row();
+            const int documents = perClass / 2 + r.between(0, perClass);
+            for (int n = 1; n <= documents; ++n) {
+                const QString title = QString::fromUtf8(k.document) +
+                                      (k.pictures || QString::fromUtf8(k.document).endsWith(QLatin1Char('-'))
+                                           ? QStringLiteral("%1").arg(n, 3, 10, QLatin1Char('0'))
+                                           : QString::number(n) + QStringLiteral("号"));
+                const QString file =
+                    QStringLiteral("/srv/zqrs/docs/%1/%2.%3")
+                        .arg(name, title, k.pictures ? QStringLiteral("jpg") : QStringLiteral("doc"));
+                w << code + QStringLiteral("%1").arg(n, 3, 10, QLatin1Char('0')) << title << 1
+                  << (k.pictures ? 1 : 0) << file << owner << QString::fromUtf8(k.content) << 0.0;
+                w.row();
+            }
+        }
+    }
+    x.done(w);
+}
+
+void writeDictionary(Context& x) {
+    struct Entry {
+        const char* name;
+        const char* text;
+    };
+    static const std::vector<std::pair<const char*, std::vector<Entry>>> dict = {
+        {"企业简介",
+         {{"公司概况", "公司成立于1995年，是一家集研发、生产和销售于一体的制造企业。"},
+          {"企业文化", "诚信、务实、创新、共赢。"},
+          {"发展历程", "1995年建厂；2003年通过质量体系认证；2012年建成新厂区。"}}},
+        {"产品术语",
+         {{"成品", "完成全部工序、检验合格并入库的产品。"},
+          {"半成品", "已完成部分工序、尚需继续加工的在制品。"},
+          {"首件检验", "每批生产开始或工艺变更后对第一件产品进行的检验。"},
+          {"返工", "对不合格品重新加工使其符合要求。"}}},
+        {"管理术语",
+         {{"6S管理", "整理、整顿、清扫、清洁、素养、安全。"},
+          {"绩效考核", "按月对员工的工作业绩、态度和能力进行评价。"},
+          {"定岗定编", "确定各部门的岗位设置和人员编制。"},
+          {"试用期", "新员工入职后的考察期，一般为三个月。"}}},
+        {"常用缩写",
+         {{"ERP", "企业资源计划系统。"},
+          {"QC", "质量控制。"},
+          {"PMC", "生产及物料控制。"},
+          {"HR", "人力资源。"}}},
+    };
+    Writer w(x.c, QStringLiteral("tWd_File0"), "fCode,fName,fYnxj,fLimited,fColor,fDetail1");
+    const int white = 0xffffff;
+    int top = 0;
+    for (const auto& group : dict) {
+        const QString code = QStringLiteral("%1").arg(++top, 2, 10, QLatin1Char('0'));
+        w << code << QString::fromUtf8(group.first) << 0 << 0.0 << white << blank();
+        w.row();
+        int n = 0;
+        for (const Entry& e : group.second) {
+            w << code + QStringLiteral("%1").arg(++n, 2, 10, QLatin1Char('0')) << QString::fromUtf8(e.name)
+              << 1 << 0.0 << white << QString::fromUtf8(e.text);
+            w.row();
+        }
+    }
+    x.done(w);
+}
+
+} // namespace
+
+void writeDocuments(Context& x) {
+    writeArchive(x);
+    writeDictionary(x);
+}
+
+} // namespace zq::demo::kit

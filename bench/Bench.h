@@ -1,0 +1,46 @@
+#pragma once
+
+#include "shell/Connection.h"
+
+#include <functional>
+#include <QSqlDatabase>
+#include <QString>
+#include <vector>
+
+namespace zq::bench {
+
+// What an operation works on. conn() is open on the database as the system opens it; `raw` is a
+// second connection on the same database through the bare driver, for the baselines.
+struct Context {
+    ConnectionSettings settings;
+    QString engine; // "sqlite" or "postgresql"
+    qint64 persons = 0;
+    QSqlDatabase raw;
+};
+
+// A named operation. `run` does the work through the system; `baseline`, when there is one, does
+// the same work with the fewest plain SQL statements through the bare driver. `prepare` runs once
+// before either is timed.
+struct Operation {
+    QString name;
+    std::function<void(Context&)> run;
+    std::function<void(Context&)> baseline;
+    std::function<void(Context&)> prepare;
+};
+
+using Step = std::function<void(Context&)>;
+// Registers an operation; used through ZQ_BENCH from a static initialiser in each bench/*.cpp.
+bool add(const QString& name, Step run, Step baseline = {}, Step prepare = {});
+const std::vector<Operation>& operations();
+
+// Runs a statement on the bare driver and reads every row and column; gives the rows read. A
+// failing statement stops the benchmark.
+qint64 readAll(QSqlDatabase& db, const QString& sql);
+
+} // namespace zq::bench
+
+#define ZQ_BENCH_CONCAT2(a, b) a##b
+#define ZQ_BENCH_CONCAT(a, b) ZQ_BENCH_CONCAT2(a, b)
+// ZQ_BENCH("name", run[, baseline[, prepare]]);
+#define ZQ_BENCH(...)                                                                                        \
+    static const bool ZQ_BENCH_CONCAT(zqBenchRegistered_, __LINE__) = zq::bench::add(__VA_ARGS__)

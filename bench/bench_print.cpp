@@ -1,0 +1,168 @@
+// Printing: 1,000 person cards with their photos written as a PDF through the stored layout, beside the
+// floor of reading the same rows and decoding their photos. The cards come from a demo company of
+// 1,000 persons made once next to the benchmark's database (a file beside it, or a server database
+// with a suffix), each person given a photo.
+
+#include "Bench.h"
+
+#include "admin/Demo.h"
+#include "printing/Print.h"
+#include "printing/PrintOutput.h"
+
+#include "shell/Company.h"
+#include "shell/DbError.h"
+#include "shell/Globals.h"
+#include "shell/Recordset.h"
+
+#include <cstdio>
+#include <QBuffer>
+#include <QFileInfo>
+#include <QImage>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+namespace {
+
+using zq::ConnectionSettings;
+using zq::DbError;
+using zq::bench::Context;
+
+constexpr int kCards = 1000;
+const QString kRaw = QStringLiteral("zqbench_print_raw");
+
+ConnectionSettings scratch(const Context& c) {
+    ConnectionSettings s = c.settings;
+    if (s.sqlData == 0)
+        s.userPath += QStringLiteral(".print.db");
+    else
+        s.defaultDb += QStringLiteral("_print");
+    return s;
+}
+
+QString pdfPath(const Context& c) {
+    return scratch(c).sqlData == 0 ? scratch(c).userPath + QStringLiteral(".pdf")
+                                   : QStringLiteral("/tmp/%1.pdf").arg(scratch(c).defaultDb);
+}
+
+// A passport-style photo: 358 x 441 pixels of JPEG, some 20 KB, each a little different.
+QByteArray photo(int seed) {
+    QImage img(358, 441, QImage::Format_RGB32);
+    QRandomGenerator random{quint32(seed)};
+    for (int y = 0; y < img.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(img.scanLine(y));
+        for (int x = 0; x < img.width(); ++x) {
+            const int n = int(random.bounded(24));
+            line[x] = qRgb(200 - y / 6 + n, 215 - y / 8 + n, 235 - y / 10 + n);
+        }
+    }
+    QPainter p(&img);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(Qt::NoPen);
+    p.setBrush(QColor::fromHsv(seed * 37 % 360, 90, 120));
+    p.drawEllipse(QRectF(40, 300, 278, 260));
+    p.setBrush(QColor(232, 190, 160));
+    p.drawEllipse(QRectF(109, 90, 140, 180));
+    p.end();
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    img.save(&buffer, "JPG", 85);
+    return bytes;
+}
+
+void prepare(Context& c) {
+    const ConnectionSettings s = scratch(c);
+    if (!zq::demo::holdsSchema(s)) {
+        zq::demo::Options o;
+        o.persons = kCards;
+        o.seed = 11;
+        zq::demo::createDemoDatabase(s, o);
+    }
+    QSqlDatabase raw = QSqlDatabase::contains(kRaw) ? QSqlDatabase::database(kRaw)
+                                                    : QSqlDatabase::addDatabase(c.raw.driverName(), kRaw);
+    raw.setHostName(c.raw.hostName());
+    raw.setPort(c.raw.port());
+    raw.setUserName(c.raw.userName());
+    raw.setPassword(c.raw.password());
+    raw.setDatabaseName(s.sqlData == 0 ? s.userPath : s.defaultDb);
+    if (!raw.isOpen() && !raw.open()) throw DbError(raw.lastError().text());
+
+    // Every person gets a photo once.
+    QStringList codes;
+    {
+        QSqlQuery q(raw);
+        if (!q.exec(QStringLiteral("select fCode from tRsBasic where fphoto is null order by fCode")))
+            throw DbError(q.lastError().text());
+        while (q.next())
+            codes << q.value(0).toString();
+    }
+    if (codes.isEmpty()) return;
+    QSqlQuery q(raw);
+    q.prepare(QStringLiteral("update tRsBasic set fphoto=? where fCode=?"));
+    raw.transaction();
+    for (int i = 0; i < codes.size(); ++i) {
+        q.bindValue(0, photo(i + 1));
+        q.bindValue(1, codes.at(i));
+        if (!q.exec()) throw DbError(q.lastError().text());
+    }
+    raw.commit();
+}
+
+// conn() on the card database for the length of a run.
+class OnScratch {
+public:
+    explicit OnScratch(const Context& c)
+        : m_back(zq::conn().settings())
+        , m_items(zq::G().CompanyItems) {
+        zq::conn().close();
+        zq::conn().open(scratch(c));
+        zq::LoadCompany();
+    }
+    ~OnScratch() {
+        zq::G().CompanyItems = m_items;
+        zq::conn().close();
+        zq::conn().open(m_back);
+    }
+
+private:
+    ConnectionSettings m_back;
+    QStringList m_items;
+};
+
+void printCards(Context& c) {
+    const OnScratch on(c);
+    const QString pdf = pdfPath(c);
+    zq::PrintOutput::setPdfPath(pdf);
+    zq::PrintPersonCard(1, QStringLiteral("RsCard"), QStringLiteral("RsCard_01"), QString());
+    zq::PrintOutput::setPdfPath(QString());
+    static bool told = false;
+    if (!told) {
+        zq::Recordset rs(zq::conn(),
+                         QStringLiteral("select count(*) from tRsBasic where fphoto is not null"));
+        std::fprintf(stderr, "print.cards1000  cards=%d  pdf=%s (%.1f MB)\n", int(rs.val(0)), qPrintable(pdf),
+                     double(QFileInfo(pdf).size()) / 1e6);
+        told = true;
+    }
+}
+
+// The floor: the same rows read whole through the bare driver and every photo decoded.
+void readAndDecode(Context&) {
+    QSqlQuery q(QSqlDatabase::database(kRaw));
+    q.setForwardOnly(true);
+    if (!q.exec(QStringLiteral("select * from tRsBasic Order by fCode"))) throw DbError(q.lastError().text());
+    const int columns = q.record().count();
+    const int photoColumn = q.record().indexOf(QStringLiteral("fphoto"));
+    while (q.next()) {
+        for (int i = 0; i < columns; ++i)
+            q.value(i);
+        if (QImage::fromData(q.value(photoColumn).toByteArray()).isNull())
+            throw DbError(QStringLiteral("no photo"));
+    }
+}
+
+} // namespace
+
+ZQ_BENCH("print.cards1000", printCards, readAndDecode, prepare);

@@ -1,0 +1,302 @@
+#include "TestDb.h"
+
+#include "admin/Demo.h"
+#include "admin/DemoAdmin.h"
+#include "shell/DbError.h"
+#include "shell/Recordset.h"
+#include "shell/Schema.h"
+#include "shell/SqlText.h"
+
+#include <QApplication>
+#include <QCoreApplication>
+#include <QDate>
+#include <QSet>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace zq;
+
+namespace {
+
+constexpr int kPersons = 200;
+
+double count(const QString& sql) {
+    Recordset rs(conn(), sql);
+    return rs.val(0);
+}
+
+demo::Summary fillDemo(quint32 seed, int persons = kPersons) {
+    demo::Options o;
+    o.persons = persons;
+    o.seed = seed;
+    return demo::fill(conn(), o);
+}
+
+// Every row of the tables, as sorted text: equal lists mean equal contents.
+QStringList contents(const QStringList& tables) {
+    QStringList rows;
+    for (const QString& table : tables) {
+        QSqlQuery q(conn().database());
+        if (!q.exec(QStringLiteral("select * from %1").arg(table))) {
+            QTest::qFail(qPrintable(table), __FILE__, __LINE__);
+            return {};
+        }
+        while (q.next()) {
+            QStringList values;
+            for (int i = 0; i < q.record().count(); ++i)
+                values << (q.value(i).isNull() ? QStringLiteral("<null>") : q.value(i).toString());
+            rows << table + QLatin1Char('|') + values.join(QLatin1Char('|'));
+        }
+    }
+    rows.sort();
+    return rows;
+}
+
+// Runs zqrs-admin in process; gives the exit code and what it wrote.
+int runAdmin(const QStringList& args, QString* out = nullptr, QString* err = nullptr) {
+    QString o, e;
+    QTextStream os(&o), es(&e);
+    const int rc = admin::run(QStringList{QStringLiteral("zqrs-admin")} + args, os, es);
+    if (out) *out = o;
+    if (err) *err = e;
+    return rc;
+}
+
+} // namespace
+
+class TestDemo : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() { test::freshDatabase(); }
+
+    void smallCompanyHasWhatItSays() {
+        const demo::Summary s = fillDemo(1);
+        QCOMPARE(s.persons, qint64(kPersons));
+        QCOMPARE(s.departments, qint64(demo::departmentCount(kPersons)));
+        QCOMPARE(s.posts, 2 * s.departments);
+        QCOMPARE(count("select count(*) from tRsBasic"), double(kPersons));
+        QCOMPARE(count("select count(*) from tRs_Bm where fYnxj=0"), double(s.departments));
+        QCOMPARE(count("select count(*) from tRs_Bm where fYnxj=1"), double(s.posts));
+        qint64 total = 0;
+        for (auto it = s.tables.begin(); it != s.tables.end(); ++it) {
+            QCOMPARE(count(QStringLiteral("select count(*) from %1").arg(it.key())), double(it.value()));
+            total += it.value();
+            // Every table the generator owns gets rows, even in a small company.
+            QVERIFY2(it.value() > 0, qPrintable(it.key()));
+        }
+        QCOMPARE(s.rows, total);
+        QCOMPARE(s.tables.size(), 21);
+
+        // Most serve; those who left have a date and a reason, those in service neither.
+        QVERIFY(count("select count(*) from tRsBasic where fzt=1") > kPersons * 0.7);
+        QVERIFY(count("select count(distinct fzt) from tRsBasic where fzt between 2 and 7") >= 2);
+        QCOMPARE(count("select count(*) from tRsBasic where fzt<1 or fzt>7 or fzt is null"), 0.0);
+        QCOMPARE(count("select count(*) from tRsBasic where fzt>1 and (leavetime='' or leavereason='')"),
+                 0.0);
+        QCOMPARE(count("select count(*) from tRsBasic where fzt=1 and (leavetime<>'' or leavereason<>'')"),
+                 0.0);
+        QVERIFY(count("select count(*) from tRsBasic where fzt>1 and leavetime<fSpday") == 0);
+        // A blank box is '' as the screens write it, not null.
+        QCOMPARE(count("select count(*) from tRsBasic where fTc is null or fZc is null"), 0.0);
+    }
+
+    void departmentsPostsAndRoomsHangTogether() {
+        fillDemo(3, 3000);
+        // Sixty departments for 3,000 persons, in three or four levels of two digits each.
+        QCOMPARE(count("select count(*) from tRs_Bm where fYnxj=0"), 60.0);
+        QVERIFY(count("select max(length(fCode)) from tRs_Bm where fYnxj=0") >= 6);
+        // Each row below the top has its parent: the code less its last two digits.
+        QCOMPARE(
+            count("select count(*) from tRs_Bm a where length(a.fCode)>2 and not exists "
+                  "(select 1 from tRs_Bm b where b.fYnxj=0 and b.fCode=substr(a.fCode,1,length(a.fCode)-2))"),
+            0.0);
+        QCOMPARE(count("select count(*) from (select fName from tRs_Bm group by fName having count(*)>1) d"),
+                 0.0);
+        // Persons belong to a department by code and name, and hold one of its posts.
+        QCOMPARE(count("select count(*) from tRsBasic p where not exists (select 1 from tRs_Bm d where "
+                       "d.fYnxj=0 and d.fCode=p.fBmCode and d.fName=p.fBmName)"),
+                 0.0);
+        QCOMPARE(count("select count(*) from tRsBasic p where not exists (select 1 from tRs_Bm d where "
+                       "d.fYnxj=1 and d.fName=p.fRz and substr(d.fCode,1,length(p.fBmCode))=p.fBmCode "
+                       "and length(d.fCode)=length(p.fBmCode)+2)"),
+                 0.0);
+        // A department has at most one head in service.
+        QCOMPARE(count("select count(*) from (select fRz from tRsBasic where fzt=1 and fRz in (select fName "
+                       "from tRs_Bm where fCode like '%91') group by fRz having count(*)>1) h"),
+                 0.0);
+        QVERIFY(count("select count(*) from tRs_Bm where fYnxj=0 and fLimited>0") > 0);
+        // Lodgers live in rooms of their sex, within the beds of the room.
+        QVERIFY(count("select count(*) from tRsBasic where neckline<>''") > 0);
+        QCOMPARE(count("select count(*) from tRsBasic p where neckline<>'' and not exists (select 1 from "
+                       "tRs_House h where h.fCode=p.neckline and h.fYnxj=(case when p.fSex='男' then 1 else "
+                       "2 end))"),
+                 0.0);
+        QCOMPARE(count("select count(*) from tRs_House h where h.fYnxj>0 and h.fLimited < (select count(*) "
+                       "from tRsBasic p where p.neckline=h.fCode)"),
+                 0.0);
+        QCOMPARE(count("select count(*) from tRsBasic where neckline<>'' and fzt<>1"), 0.0);
+        // Every order moves a person from another department to his own.
+        QCOMPARE(count("select count(*) from trsPersonMove m join tRsBasic p on p.fCode=m.fcode "
+                       "where m.newdpt<>p.fBmName or m.olddpt=m.newdpt"),
+                 0.0);
+        QCOMPARE(count("select count(*) from trsPersonMove"),
+                 count("select count(*) from tRsWork where fType=1 and newbm<>''"));
+        // Some loans are still out.
+        QVERIFY(count("select count(*) from trsLoanTools where backtime is null") > 0);
+        QVERIFY(count("select count(*) from tRsLoanGoods where backtime is null") > 0);
+    }
+
+    void identityCardsAreValidAndMatchThePerson() {
+        fillDemo(5);
+        Recordset rs(conn(), "select fSfz, fBirthDay, fSex from tRsBasic");
+        QSet<QString> seen;
+        int n = 0;
+        for (; !rs.eof(); rs.moveNext(), ++n) {
+            const QString card = rs.text(0);
+            QVERIFY2(demo::idCardValid(card), qPrintable(card));
+            QCOMPARE(card.mid(6, 8), QString(rs.text(1)).remove(QLatin1Char('-')));
+            QCOMPARE(card.at(16).digitValue() % 2 == 1, rs.text(2) == QStringLiteral("男"));
+            QVERIFY(!seen.contains(card));
+            seen.insert(card);
+        }
+        QCOMPARE(n, kPersons);
+        // The check itself: a published example, and a changed digit.
+        QCOMPARE(demo::idCardCheckDigit(u"11010519491231002"), QLatin1Char('X'));
+        QVERIFY(demo::idCardValid(u"11010519491231002X"));
+        QVERIFY(!demo::idCardValid(u"11010519491231003X"));
+        QVERIFY(!demo::idCardValid(u"1101051949123100"));
+    }
+
+    void sameSeedSameRowsOtherSeedOtherRows() {
+        const QStringList tables = fillDemo(11).tables.keys();
+        const QStringList first = contents(tables);
+        test::freshDatabase();
+        fillDemo(11);
+        QCOMPARE(contents(tables), first);
+        test::freshDatabase();
+        fillDemo(12);
+        const QStringList other = contents(tables);
+        QCOMPARE(other.size() > 0, true);
+        QVERIFY(other != first);
+    }
+
+    void valuesFitColumnsAndLists() {
+        fillDemo(21, 1500);
+        // No text longer than its column: the screens cut what they save to these sizes.
+        for (const schema::Table& t : schema::tables())
+            for (const schema::Column& c : t.columns)
+                if (c.type == schema::Type::Text && c.size > 0)
+                    QVERIFY2(count(QStringLiteral("select count(*) from %1 where length(%2)>%3")
+                                       .arg(t.name, c.name)
+                                       .arg(c.size)) == 0,
+                             qPrintable(t.name + QLatin1Char('.') + c.name));
+        // Dates are ISO days.
+        for (const char* column : {"fBirthDay", "fSpday", "grudtime", "worktime", "contracttime"})
+            QCOMPARE(count(QStringLiteral("select count(*) from tRsBasic where %1 not like '____-__-__'")
+                               .arg(QLatin1String(column))),
+                     0.0);
+        // A value of a field with a brief list is one of the list's entries.
+        Recordset rs(conn(),
+                     "select fTable, FieldName, FieldBriefType from RptListDetail where "
+                     "FieldBriefType<>'' and fTable in ('tRsBasic','trsLoanTools','tRsLoanGoods','trscard')");
+        int checked = 0;
+        for (; !rs.eof(); rs.moveNext(), ++checked) {
+            const QString table = rs.text(0), field = rs.text(1);
+            QVERIFY2(count(QStringLiteral("select count(*) from %1 where coalesce(%2,'')<>'' and %2 not in "
+                                          "(select BriefName from briefDetail where briefType=%3)")
+                               .arg(table, field, quoted(rs.text(2)))) == 0,
+                     qPrintable(table + QLatin1Char('.') + field));
+        }
+        QVERIFY(checked > 10);
+        // The leaving reason is the entry of the state.
+        QCOMPARE(
+            count("select count(*) from tRsBasic p where fzt>1 and leavereason <> (select BriefName from "
+                  "briefDetail where briefType='rsstate' and BriefCode=" +
+                  QStringLiteral("%1").arg(conn().dialect().isServer() ? "lpad((p.fzt-1)::text,2,'0')"
+                                                                       : "printf('%02d',p.fzt-1)") +
+                  ")"),
+            0.0);
+    }
+
+    void aSecondFillIsRefused() {
+        fillDemo(1, 50);
+        const double rows = count("select count(*) from tRsFamily");
+        QVERIFY_THROWS_EXCEPTION(DbError, fillDemo(2, 50));
+        QCOMPARE(count("select count(*) from tRsBasic"), 50.0);
+        QCOMPARE(count("select count(*) from tRsFamily"), rows);
+    }
+
+    void adminInitRefusesAnInitialisedDatabase() {
+        QTemporaryDir dir;
+        QStringList where;
+        ConnectionSettings s;
+        if (test::onServer()) {
+            s = test::serverSettings();
+            s.defaultDb = QStringLiteral("zqt_admin_%1").arg(QCoreApplication::applicationPid());
+            where = {QStringLiteral("--server"), s.userPath, QStringLiteral("--database"), s.defaultDb,
+                     QStringLiteral("--user"),   s.userId,   QStringLiteral("--password"), s.password};
+        } else {
+            s.userPath = dir.filePath(QStringLiteral("company.db"));
+            where = {QStringLiteral("--db"), s.userPath};
+        }
+        QString out, err;
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("init")} + where, &out, &err), int(admin::Ok));
+        QVERIFY2(err.isEmpty(), qPrintable(err));
+        QVERIFY(out.contains(QStringLiteral("已建立数据库")));
+
+        // A mark of our own must outlive the refused second init.
+        {
+            Connection c;
+            c.open(s);
+            c.execute("insert into tRs_Bm (fCode,fName,fYnxj) values ('99','标记',0)");
+        }
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("init")} + where, &out, &err), int(admin::Failed));
+        QVERIFY2(err.contains(QStringLiteral("未作任何改动")), qPrintable(err));
+        QVERIFY(out.isEmpty());
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("demo")} + where +
+                              QStringList{"--persons", "30", "--seed", "4"},
+                          &out, &err),
+                 int(admin::Ok));
+        QVERIFY(out.contains(QStringLiteral("30 名员工")));
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("demo")} + where + QStringList{"--persons", "30"}, &out,
+                          &err),
+                 int(admin::Failed));
+        QVERIFY2(err.contains(QStringLiteral("已有 30 名员工")), qPrintable(err));
+        {
+            Connection c;
+            c.open(s);
+            Recordset rs(c, "select count(*) from tRs_Bm where fCode='99'");
+            QCOMPARE(rs.val(0), 1.0);
+            Recordset persons(c, "select count(*) from tRsBasic");
+            QCOMPARE(persons.val(0), 30.0);
+        }
+        if (test::onServer()) {
+            Connection a;
+            a.open(test::serverSettings());
+            a.execute(QStringLiteral("drop database if exists %1").arg(s.defaultDb));
+        }
+    }
+
+    void adminCommandLineMistakes() {
+        QString out, err;
+        QCOMPARE(runAdmin({}, &out, &err), int(admin::Usage));
+        QVERIFY(err.contains(QStringLiteral("用法")));
+        QCOMPARE(runAdmin({"init"}, &out, &err), int(admin::Usage));
+        QCOMPARE(runAdmin({"init", "--db", "a.db", "--server", "h", "--database", "d"}, &out, &err),
+                 int(admin::Usage));
+        QCOMPARE(runAdmin({"demo", "--db", "a.db"}, &out, &err), int(admin::Usage));
+        QCOMPARE(runAdmin({"demo", "--db", "a.db", "--persons", "0"}, &out, &err), int(admin::Usage));
+        QCOMPARE(runAdmin({"init", "--server", "h"}, &out, &err), int(admin::Usage));
+        QCOMPARE(runAdmin({"frobnicate"}, &out, &err), int(admin::Usage));
+        QCOMPARE(runAdmin({"--help"}, &out, &err), int(admin::Ok));
+        QVERIFY(out.contains(QStringLiteral("zqrs-admin init --db")));
+        QCOMPARE(runAdmin({"version"}, &out, &err), int(admin::Ok));
+        QVERIFY(out.startsWith(QStringLiteral("zqrs-admin ")));
+    }
+};
+
+ZQ_DB_TEST_MAIN(TestDemo)
+#include "test_demo.moc"
