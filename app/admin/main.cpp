@@ -1,10 +1,20 @@
-// zqrs-admin: makes company databases (empty, or filled with a demo company).
+// zqrs-admin: makes company databases (empty, or filled with a demo company) and prints from them.
 
 #include "DemoAdmin.h"
+#include "PrintCommand.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 
 int main(int argc, char** argv) {
+    if (argc > 1 && QByteArray(argv[1]) == "print") {
+        // Printing draws with the toolkit's fonts but never opens a window.
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        QApplication app(argc, argv);
+        QTextStream out(stdout), err(stderr);
+        return zq::admin::runPrint(app.arguments(), out, err);
+    }
     QCoreApplication app(argc, argv);
     QTextStream out(stdout), err(stderr);
     return zq::admin::run(app.arguments(), out, err);

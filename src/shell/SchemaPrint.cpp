@@ -88,12 +88,13 @@ public:
     }
 
     // One ruled cell pair of a form: a shaded caption from xs[c0] to xs[c1], the value on to xs[c2].
-    void pair(const QVector<double>& xs, double y, double h, int c0, int c1, int c2, const char* field,
-              const char* literal) {
+    // Gives the value, for options.
+    QJsonObject& pair(const QVector<double>& xs, double y, double h, int c0, int c1, int c2,
+                      const char* field, const char* literal) {
         cell(xs[c0], y, xs[c1] - xs[c0], h, true);
         label(xs[c0], y, xs[c1] - xs[c0], h, field, literal);
         cell(xs[c1], y, xs[c2] - xs[c1], h, false);
-        value(xs[c1], y, xs[c2] - xs[c1], h, field);
+        return value(xs[c1], y, xs[c2] - xs[c1], h, field);
     }
     void cell(double x, double y, double w, double h, bool shaded) {
         box(x, y, w, h, 0.2, shaded ? "#eef1f5" : nullptr);
@@ -252,7 +253,8 @@ QString reportSheet() {
     double y = top;
     l.pair(xs, y, h, 0, 1, 4, "fTitle", "主题");
     y += h;
-    l.pair(xs, y, h, 0, 1, 2, "fDate", "日期");
+    // Older rows hold the date as mm/dd/yyyy.
+    l.pair(xs, y, h, 0, 1, 2, "fDate", "日期")[u("format")] = u("date");
     l.pair(xs, y, h, 2, 3, 4, "fBmName", "所属部门");
     y += h;
     l.pair(xs, y, h, 0, 1, 2, "fFootnote1", "报告人");

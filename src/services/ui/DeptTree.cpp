@@ -223,6 +223,7 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     // The nodes are linked while detached and enter the tree at once: one insertion, not thousands.
     std::unique_ptr<QTreeWidgetItem> root(newNode(QStringLiteral("B"), rootText, ImageRoot));
     QHash<QString, QTreeWidgetItem*> map;
+    map.reserve(entries.size() + 1);
     map.insert(QStringLiteral("B"), root.get());
 
     QString previousCode;

@@ -1,5 +1,8 @@
 #include "Commands.h"
 
+#include "printing/Print.h"
+#include "shell/Globals.h"
+
 #include <QDialog>
 #include <QPointer>
 
@@ -28,6 +31,17 @@ ModalRunner& runner() {
 
 void registerScreens() {
     // Each screen area adds its rows here, in the order of the menu table; the first match wins.
+
+    // The two card keys print at once instead of showing a screen, the supervisor's way (3) or
+    // the user's (1).
+    const auto cards = [](const QString& templateKey, const QString& sheetKey) {
+        return [templateKey, sheetKey](qint16) {
+            G().showmode = 1;
+            PrintPersonCard(G().isSupervisor() ? 3 : 1, templateKey, sheetKey, QStringLiteral("fZt=1"));
+        };
+    };
+    registerAction({QStringLiteral("mnuRsCard")}, cards(QStringLiteral("RsCard"), QStringLiteral("RsCard_01")));
+    registerAction({QStringLiteral("mnuRsCard2")}, cards(QStringLiteral("RsCard2"), QStringLiteral("RsCard2_01")));
 }
 
 void registerCommand(const QStringList& keys, std::function<QDialog*()> screen,
