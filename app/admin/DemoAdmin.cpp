@@ -57,9 +57,11 @@ bool parse(const QStringList& args, Parsed& p, QString& error, bool& help) {
     const QCommandLineOption seed(QStringLiteral("seed"), QString(), QStringLiteral("s"));
     const QCommandLineOption verbose(QStringLiteral("verbose"));
     const QCommandLineOption admin(QStringLiteral("admin"), QString(), QStringLiteral("name"));
-    const QCommandLineOption adminPassword(QStringLiteral("admin-password"), QString(), QStringLiteral("password"));
+    const QCommandLineOption adminPassword(QStringLiteral("admin-password"), QString(),
+                                           QStringLiteral("password"));
     const QCommandLineOption helpOption(QStringList{QStringLiteral("h"), QStringLiteral("help")});
-    parser.addOptions({db, server, database, user, password, persons, seed, verbose, admin, adminPassword, helpOption});
+    parser.addOptions(
+        {db, server, database, user, password, persons, seed, verbose, admin, adminPassword, helpOption});
     if (!parser.parse(args)) {
         error = parser.errorText();
         return false;
@@ -204,7 +206,8 @@ int run(const QStringList& args, QTextStream& out, QTextStream& err) {
                 << '\n';
             for (const demo::DemoLogin& l : s.logins)
                 out << QStringLiteral("演示用户: %1  密码 %2%3")
-                           .arg(l.name, l.password, l.supervisor ? QStringLiteral("  (系统负责人)") : QString())
+                           .arg(l.name, l.password,
+                                l.supervisor ? QStringLiteral("  (系统负责人)") : QString())
                     << '\n';
         }
     } catch (const DbError& e) {

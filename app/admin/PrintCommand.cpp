@@ -20,31 +20,30 @@ namespace zq::admin {
 
 namespace {
 
-const char* kUsage = "用法:\n"
-                     "  zqrs-admin print cards (--db FILE | --server HOST[:PORT] --database NAME [--user U] "
-                     "[--password P])\n"
-                     "                         [--filter COND] [--template RsCard --sheet RsCard_01] --pdf OUT.pdf\n"
-                     "  zqrs-admin print grid  (--db FILE | --server ...) --table TABLE --fields f1,f2,...\n"
-                     "                         [--filter COND] [--title TITLE] --pdf OUT.pdf\n";
+const char* kUsage =
+    "用法:\n"
+    "  zqrs-admin print cards (--db FILE | --server HOST[:PORT] --database NAME [--user U] "
+    "[--password P])\n"
+    "                         [--filter COND] [--template RsCard --sheet RsCard_01] --pdf OUT.pdf\n"
+    "  zqrs-admin print grid  (--db FILE | --server ...) --table TABLE --fields f1,f2,...\n"
+    "                         [--filter COND] [--title TITLE] --pdf OUT.pdf\n";
 
 // A grid print of one table: captions from the field dictionary, widths from the field sizes there.
-bool printTable(const QString& table, const QStringList& fields, const QString& filter, const QString& title)
-{
+bool printTable(const QString& table, const QStringList& fields, const QString& filter,
+                const QString& title) {
     TableData data;
     for (const QString& f : fields) {
         QString caption = GetFieldCaption(table, f);
-        if (caption == QLatin1String("\t") || caption.isEmpty())
-            caption = f;
+        if (caption == QLatin1String("\t") || caption.isEmpty()) caption = f;
         double width = 10;
-        Recordset w(conn(), QStringLiteral("select FieldGridWidth from RptListDetail where ftable=%1 and FieldName=%2")
+        Recordset w(conn(), QStringLiteral(
+                                "select FieldGridWidth from RptListDetail where ftable=%1 and FieldName=%2")
                                 .arg(quoted(table.toLower()), quoted(f)));
-        if (!w.eof() && !w.text(0).isEmpty())
-            width = w.val(0);
+        if (!w.eof() && !w.text(0).isEmpty()) width = w.val(0);
         data.columns.push_back({caption, width, Qt::AlignLeft});
     }
     QString sql = QStringLiteral("select %1 from %2").arg(fields.join(QLatin1Char(',')), table);
-    if (!filter.isEmpty())
-        sql += QStringLiteral(" where ") + filter;
+    if (!filter.isEmpty()) sql += QStringLiteral(" where ") + filter;
     sql += QStringLiteral(" order by ") + fields.first();
     Recordset rs(conn(), sql);
     for (; !rs.eof(); rs.moveNext()) {
@@ -53,8 +52,7 @@ bool printTable(const QString& table, const QStringList& fields, const QString& 
             row.cells << rs.text(i);
         data.rows.push_back(std::move(row));
     }
-    if (data.rows.isEmpty())
-        return false;
+    if (data.rows.isEmpty()) return false;
     ListHeading heading;
     heading.title = title;
     heading.items = G().CompanyItems;
@@ -64,8 +62,7 @@ bool printTable(const QString& table, const QStringList& fields, const QString& 
 
 } // namespace
 
-int runPrint(const QStringList& args, QTextStream& out, QTextStream& err)
-{
+int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     const QCommandLineOption db(QStringLiteral("db"), QString(), QStringLiteral("file"));
@@ -74,13 +71,17 @@ int runPrint(const QStringList& args, QTextStream& out, QTextStream& err)
     const QCommandLineOption user(QStringLiteral("user"), QString(), QStringLiteral("user"));
     const QCommandLineOption password(QStringLiteral("password"), QString(), QStringLiteral("password"));
     const QCommandLineOption filter(QStringLiteral("filter"), QString(), QStringLiteral("cond"));
-    const QCommandLineOption templ(QStringLiteral("template"), QString(), QStringLiteral("key"), QStringLiteral("RsCard"));
-    const QCommandLineOption sheet(QStringLiteral("sheet"), QString(), QStringLiteral("key"), QStringLiteral("RsCard_01"));
+    const QCommandLineOption templ(QStringLiteral("template"), QString(), QStringLiteral("key"),
+                                   QStringLiteral("RsCard"));
+    const QCommandLineOption sheet(QStringLiteral("sheet"), QString(), QStringLiteral("key"),
+                                   QStringLiteral("RsCard_01"));
     const QCommandLineOption table(QStringLiteral("table"), QString(), QStringLiteral("table"));
     const QCommandLineOption fields(QStringLiteral("fields"), QString(), QStringLiteral("list"));
-    const QCommandLineOption title(QStringLiteral("title"), QString(), QStringLiteral("text"), QStringLiteral("员工名单"));
+    const QCommandLineOption title(QStringLiteral("title"), QString(), QStringLiteral("text"),
+                                   QStringLiteral("员工名单"));
     const QCommandLineOption pdf(QStringLiteral("pdf"), QString(), QStringLiteral("file"));
-    parser.addOptions({db, server, database, user, password, filter, templ, sheet, table, fields, title, pdf});
+    parser.addOptions(
+        {db, server, database, user, password, filter, templ, sheet, table, fields, title, pdf});
     if (!parser.parse(args)) {
         err << "zqrs-admin: " << parser.errorText() << "\n" << kUsage;
         return Usage;

@@ -9,8 +9,7 @@
 int main(int argc, char** argv) {
     if (argc > 1 && QByteArray(argv[1]) == "print") {
         // Printing draws with the toolkit's fonts but never opens a window.
-        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
+        if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
         QApplication app(argc, argv);
         QTextStream out(stdout), err(stderr);
         return zq::admin::runPrint(app.arguments(), out, err);

@@ -200,8 +200,7 @@ const Pair kTexts[] = {
 };
 // clang-format on
 
-const QHash<int, QString>& table()
-{
+const QHash<int, QString>& table() {
     static const QHash<int, QString> t = [] {
         QHash<int, QString> h;
         for (const Pair& p : kTexts) {
@@ -214,18 +213,23 @@ const QHash<int, QString>& table()
 }
 } // namespace
 
-bool hasText(int fullId) { return table().contains(fullId); }
+bool hasText(int fullId) {
+    return table().contains(fullId);
+}
 
-QString textById(int fullId)
-{
+QString textById(int fullId) {
     const auto it = table().constFind(fullId);
     if (it == table().constEnd())
         throw std::out_of_range("text id " + std::to_string(fullId) + " not in the string table");
     return *it;
 }
 
-QString textOf(int id, int language) { return table().value(id + language * 10000); }
+QString textOf(int id, int language) {
+    return table().value(id + language * 10000);
+}
 
-QString LoadText(int id) { return textById(id + G().Language * 10000); }
+QString LoadText(int id) {
+    return textById(id + G().Language * 10000);
+}
 
 } // namespace zq

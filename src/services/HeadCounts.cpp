@@ -56,8 +56,13 @@ HeadCounts::HeadCounts(const QString& table, qint32 state)
     : m_table(table)
     , m_column(PersonCodeColumn(table))
     , m_state(state) {
-    Recordset rs(conn(), QStringLiteral("select ") + m_column + QStringLiteral(",count(*)") +
-                             personsInState(state) + QStringLiteral(" group by ") + m_column);
+    // The server groups case-insensitive text slowly (and sorts it on disk before the table has
+    // statistics); grouped as plain text it is several times faster, and the exact values are what
+    // the matching below wants. The file database groups fastest along its index on the column.
+    const QString key =
+        conn().dialect().isServer() ? QStringLiteral("cast(%1 as text)").arg(m_column) : m_column;
+    Recordset rs(conn(), QStringLiteral("select ") + key + QStringLiteral(",count(*)") +
+                             personsInState(state) + QStringLiteral(" group by ") + key);
     QVector<QPair<QString, qint64>> groups;
     for (; !rs.eof(); rs.moveNext()) {
         const qint64 n = qint64(rs.val(1));

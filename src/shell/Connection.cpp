@@ -12,51 +12,45 @@ namespace zq {
 namespace {
 QAtomicInt connectionSerial;
 
-QString errorText(const QSqlError& e)
-{
+QString errorText(const QSqlError& e) {
     QString t = e.databaseText().trimmed();
-    if (t.isEmpty())
-        t = e.text().trimmed();
+    if (t.isEmpty()) t = e.text().trimmed();
     return t;
 }
 } // namespace
 
-Connection::Connection() : m_name(QStringLiteral("zq%1").arg(connectionSerial.fetchAndAddRelaxed(1))) {}
+Connection::Connection()
+    : m_name(QStringLiteral("zq%1").arg(connectionSerial.fetchAndAddRelaxed(1))) {}
 
-Connection::~Connection()
-{
+Connection::~Connection() {
     close();
     m_db = QSqlDatabase();
-    if (QSqlDatabase::contains(m_name))
-        QSqlDatabase::removeDatabase(m_name);
+    if (QSqlDatabase::contains(m_name)) QSqlDatabase::removeDatabase(m_name);
 }
 
-int Connection::state() const { return m_db.isValid() && m_db.isOpen() ? 1 : 0; }
+int Connection::state() const {
+    return m_db.isValid() && m_db.isOpen() ? 1 : 0;
+}
 
-void Connection::open(const ConnectionSettings& s)
-{
+void Connection::open(const ConnectionSettings& s) {
     close();
     m_settings = s;
     m_dialect = Dialect::forSqlData(s.sqlData);
     m_db = QSqlDatabase();
-    if (QSqlDatabase::contains(m_name))
-        QSqlDatabase::removeDatabase(m_name);
+    if (QSqlDatabase::contains(m_name)) QSqlDatabase::removeDatabase(m_name);
     m_db = QSqlDatabase::addDatabase(m_dialect.qtDriver(), m_name);
-    if (!m_db.isValid())
-        throw DbError(QStringLiteral("数据库驱动 %1 不可用").arg(m_dialect.qtDriver()));
+    if (!m_db.isValid()) throw DbError(QStringLiteral("数据库驱动 %1 不可用").arg(m_dialect.qtDriver()));
 
     if (m_dialect.isServer()) {
         QString host = s.userPath.trimmed();
         // "SQL Server" is what a stand-alone login leaves in UserPath: the local server.
-        if (host.compare(QLatin1String("SQL Server"), Qt::CaseInsensitive) == 0)
-            host.clear();
+        if (host.compare(QLatin1String("SQL Server"), Qt::CaseInsensitive) == 0) host.clear();
         const int colon = host.lastIndexOf(QLatin1Char(':'));
         if (colon > 0) {
             m_db.setPort(host.mid(colon + 1).toInt());
             host = host.left(colon);
         }
-        if (!host.isEmpty())
-            m_db.setHostName(host);
+        if (!host.isEmpty()) m_db.setHostName(host);
         m_db.setDatabaseName(s.defaultDb);
         m_db.setUserName(s.userId);
         m_db.setPassword(s.password);
@@ -68,8 +62,7 @@ void Connection::open(const ConnectionSettings& s)
         m_db.setDatabaseName(s.userPath);
         m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
     }
-    if (!m_db.open())
-        throw DbError(QStringLiteral("无法打开数据库: %1").arg(errorText(m_db.lastError())));
+    if (!m_db.open()) throw DbError(QStringLiteral("无法打开数据库: %1").arg(errorText(m_db.lastError())));
 
     QSqlQuery q(m_db);
     if (m_dialect.isServer()) {
@@ -82,43 +75,32 @@ void Connection::open(const ConnectionSettings& s)
     }
 }
 
-void Connection::close()
-{
+void Connection::close() {
     if (m_db.isValid() && m_db.isOpen()) {
-        if (m_inTransaction)
-            m_db.rollback();
+        if (m_inTransaction) m_db.rollback();
         m_db.close();
     }
     m_inTransaction = false;
 }
 
-int Connection::execute(const QString& sql)
-{
-    if (!isOpen())
-        throw DbError(QStringLiteral("数据库连接未打开"), sql);
+int Connection::execute(const QString& sql) {
+    if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
     QSqlQuery q(m_db);
-    if (!q.exec(sql))
-        throw DbError(errorText(q.lastError()), sql);
+    if (!q.exec(sql)) throw DbError(errorText(q.lastError()), sql);
     guard.done();
     return q.numRowsAffected();
 }
 
-void Connection::beginTrans()
-{
-    if (!isOpen())
-        throw DbError(QStringLiteral("数据库连接未打开"));
-    if (m_inTransaction)
-        throw DbError(QStringLiteral("事务已经开始"));
-    if (!m_db.transaction())
-        throw DbError(errorText(m_db.lastError()));
+void Connection::beginTrans() {
+    if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"));
+    if (m_inTransaction) throw DbError(QStringLiteral("事务已经开始"));
+    if (!m_db.transaction()) throw DbError(errorText(m_db.lastError()));
     m_inTransaction = true;
 }
 
-void Connection::commitTrans()
-{
-    if (!m_inTransaction)
-        throw DbError(QStringLiteral("没有活动的事务"));
+void Connection::commitTrans() {
+    if (!m_inTransaction) throw DbError(QStringLiteral("没有活动的事务"));
     m_inTransaction = false;
     if (!m_db.commit()) {
         const QString e = errorText(m_db.lastError());
@@ -127,43 +109,36 @@ void Connection::commitTrans()
     }
 }
 
-void Connection::rollbackTrans()
-{
-    if (!m_inTransaction)
-        return;
+void Connection::rollbackTrans() {
+    if (!m_inTransaction) return;
     m_inTransaction = false;
     m_db.rollback();
 }
 
-Connection::StatementGuard::StatementGuard(Connection& c) : m_c(c)
-{
+Connection::StatementGuard::StatementGuard(Connection& c)
+    : m_c(c) {
     if (c.m_inTransaction && c.m_dialect.isServer()) {
         QSqlQuery q(c.m_db);
         m_active = q.exec(QStringLiteral("savepoint zq_stmt"));
     }
 }
 
-Connection::StatementGuard::~StatementGuard()
-{
-    if (!m_active)
-        return;
+Connection::StatementGuard::~StatementGuard() {
+    if (!m_active) return;
     QSqlQuery q(m_c.m_db);
-    q.exec(m_ok ? QStringLiteral("release savepoint zq_stmt") : QStringLiteral("rollback to savepoint zq_stmt"));
+    q.exec(m_ok ? QStringLiteral("release savepoint zq_stmt")
+                : QStringLiteral("rollback to savepoint zq_stmt"));
 }
 
-Connection& conn()
-{
+Connection& conn() {
     static Connection* c = new Connection; // lives for the process, like the original global
     return *c;
 }
 
 qint16 OpenConn(int sqlData, Connection& c, const QString& userPath, const QString& password,
-                const QString& userId, const QString& defaultDb)
-{
-    if (sqlData < 0 || sqlData > 255)
-        throw OverflowError();
-    if (c.state() == 1)
-        return 0;
+                const QString& userId, const QString& defaultDb) {
+    if (sqlData < 0 || sqlData > 255) throw OverflowError();
+    if (c.state() == 1) return 0;
     try {
         c.open({sqlData, userPath, password, userId, defaultDb});
     } catch (const DbError&) {
@@ -172,16 +147,16 @@ qint16 OpenConn(int sqlData, Connection& c, const QString& userPath, const QStri
     return 1;
 }
 
-Transaction::Transaction(Connection& c) : m_c(c) { m_c.beginTrans(); }
-
-Transaction::~Transaction()
-{
-    if (!m_done)
-        m_c.rollbackTrans();
+Transaction::Transaction(Connection& c)
+    : m_c(c) {
+    m_c.beginTrans();
 }
 
-void Transaction::commit()
-{
+Transaction::~Transaction() {
+    if (!m_done) m_c.rollbackTrans();
+}
+
+void Transaction::commit() {
     m_done = true;
     m_c.commitTrans();
 }

@@ -10,7 +10,9 @@ namespace zq {
 class DbError : public std::runtime_error {
 public:
     explicit DbError(const QString& message, const QString& statement = {})
-        : std::runtime_error(message.toStdString()), m_message(message), m_statement(statement) {}
+        : std::runtime_error(message.toStdString())
+        , m_message(message)
+        , m_statement(statement) {}
     QString message() const { return m_message; }
     QString statement() const { return m_statement; }
 
@@ -22,7 +24,8 @@ private:
 // The byte conversion of SQLData: a value outside 0..255 overflows.
 class OverflowError : public std::overflow_error {
 public:
-    OverflowError() : std::overflow_error("溢出") {}
+    OverflowError()
+        : std::overflow_error("溢出") {}
 };
 
 } // namespace zq

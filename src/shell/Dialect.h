@@ -11,7 +11,8 @@ class Dialect {
 public:
     enum class Kind { File, Server };
 
-    explicit Dialect(Kind kind = Kind::File) : m_kind(kind) {}
+    explicit Dialect(Kind kind = Kind::File)
+        : m_kind(kind) {}
     static Dialect forSqlData(int sqlData) { return Dialect(sqlData == 0 ? Kind::File : Kind::Server); }
 
     Kind kind() const { return m_kind; }
@@ -36,7 +37,9 @@ public:
     // Length of a text in characters.
     QString length(const QString& expr) const { return QStringLiteral("length(%1)").arg(expr); }
     // True when an expression is null or the empty text.
-    QString isNullOrEmpty(const QString& expr) const { return QStringLiteral("coalesce(%1,'')=''").arg(expr); }
+    QString isNullOrEmpty(const QString& expr) const {
+        return QStringLiteral("coalesce(%1,'')=''").arg(expr);
+    }
     // A new table from a query ("select ... into").
     QString selectInto(const QString& newTable, const QString& selectStatement) const;
     // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.
@@ -47,7 +50,9 @@ public:
     QString memoType() const;
     QString intType() const { return QStringLiteral("integer"); }
     QString bigIntType() const { return QStringLiteral("bigint"); }
-    QString realType() const { return isServer() ? QStringLiteral("double precision") : QStringLiteral("real"); }
+    QString realType() const {
+        return isServer() ? QStringLiteral("double precision") : QStringLiteral("real");
+    }
     QString blobType() const { return isServer() ? QStringLiteral("bytea") : QStringLiteral("blob"); }
     QString autoIdType() const;
 

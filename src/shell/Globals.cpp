@@ -2,8 +2,7 @@
 
 namespace zq {
 
-Globals& G()
-{
+Globals& G() {
     static Globals g;
     return g;
 }

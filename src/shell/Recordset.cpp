@@ -11,14 +11,12 @@
 namespace zq {
 
 namespace {
-QString errorText(const QSqlError& e)
-{
+QString errorText(const QSqlError& e) {
     QString t = e.databaseText().trimmed();
     return t.isEmpty() ? e.text().trimmed() : t;
 }
 
-QString tableOf(const QString& sql)
-{
+QString tableOf(const QString& sql) {
     static const QRegularExpression re(QStringLiteral("\\bfrom\\s+([A-Za-z_][A-Za-z0-9_]*)"),
                                        QRegularExpression::CaseInsensitiveOption);
     const auto m = re.match(sql);
@@ -29,10 +27,12 @@ const QString kLocator = QStringLiteral("zq_rowloc");
 } // namespace
 
 Recordset::Recordset(Connection& c, const QString& sql, Cursor cursor, Lock lock)
-    : m_c(c), m_sql(sql), m_cursor(cursor), m_lock(lock), m_table(tableOf(sql))
-{
-    if (!c.isOpen())
-        throw DbError(QStringLiteral("数据库连接未打开"), sql);
+    : m_c(c)
+    , m_sql(sql)
+    , m_cursor(cursor)
+    , m_lock(lock)
+    , m_table(tableOf(sql)) {
+    if (!c.isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     if (cursor == Cursor::ForwardOnly && lock == Lock::ReadOnly)
         openStreaming();
     else
@@ -41,15 +41,13 @@ Recordset::Recordset(Connection& c, const QString& sql, Cursor cursor, Lock lock
 
 Recordset::~Recordset() = default;
 
-void Recordset::openStreaming()
-{
+void Recordset::openStreaming() {
     m_query = std::make_unique<QSqlQuery>(m_c.database());
     // The server driver streams forward-only results row by row and then allows no second statement
     // on the connection; look-ups run while a list is open, so the server reads results whole.
     m_query->setForwardOnly(!m_c.dialect().isServer());
     Connection::StatementGuard guard(m_c);
-    if (!m_query->exec(m_sql))
-        throw DbError(errorText(m_query->lastError()), m_sql);
+    if (!m_query->exec(m_sql)) throw DbError(errorText(m_query->lastError()), m_sql);
     guard.done();
     const QSqlRecord rec = m_query->record();
     for (int i = 0; i < rec.count(); ++i) {
@@ -63,8 +61,7 @@ void Recordset::openStreaming()
     m_bof = m_eof;
 }
 
-void Recordset::fetchStreaming()
-{
+void Recordset::fetchStreaming() {
     if (m_query && m_query->next()) {
         const int n = m_names.size();
         m_current.resize(n);
@@ -77,8 +74,7 @@ void Recordset::fetchStreaming()
     }
 }
 
-void Recordset::openBuffered()
-{
+void Recordset::openBuffered() {
     m_buffered = true;
     QString sql = m_sql;
     const bool writable = m_lock != Lock::ReadOnly;
@@ -86,15 +82,13 @@ void Recordset::openBuffered()
         static const QRegularExpression selectRe(QStringLiteral("^\\s*select\\s+"),
                                                  QRegularExpression::CaseInsensitiveOption);
         const auto m = selectRe.match(sql);
-        if (!m.hasMatch() || m_table.isEmpty())
-            throw DbError(QStringLiteral("只能通过单表查询写入"), m_sql);
+        if (!m.hasMatch() || m_table.isEmpty()) throw DbError(QStringLiteral("只能通过单表查询写入"), m_sql);
         sql = m.captured(0) + m_c.dialect().rowLocatorSelect() + QLatin1Char(',') + sql.mid(m.capturedEnd());
     }
     QSqlQuery q(m_c.database());
     q.setForwardOnly(true);
     Connection::StatementGuard guard(m_c);
-    if (!q.exec(sql))
-        throw DbError(errorText(q.lastError()), m_sql);
+    if (!q.exec(sql)) throw DbError(errorText(q.lastError()), m_sql);
     guard.done();
     const QSqlRecord rec = q.record();
     const int first = writable ? 1 : 0;
@@ -108,22 +102,19 @@ void Recordset::openBuffered()
         r.values.resize(n);
         for (int i = 0; i < n; ++i)
             r.values[i] = q.value(i + first);
-        if (writable)
-            r.locator = q.value(0);
+        if (writable) r.locator = q.value(0);
         m_rows.push_back(std::move(r));
     }
     m_pos = 0;
     syncPosition();
 }
 
-void Recordset::syncPosition()
-{
+void Recordset::syncPosition() {
     m_bof = m_pos < 0 || m_rows.isEmpty();
     m_eof = m_pos >= m_rows.size() || m_rows.isEmpty();
 }
 
-int Recordset::recordCount()
-{
+int Recordset::recordCount() {
     if (m_buffered) {
         int n = 0;
         for (const Row& r : m_rows)
@@ -146,24 +137,20 @@ int Recordset::recordCount()
     return *m_count;
 }
 
-void Recordset::moveNext()
-{
+void Recordset::moveNext() {
     if (m_buffered) {
-        if (m_eof)
-            throw DbError(QStringLiteral("BOF 或 EOF 中有一个是“真”"));
+        if (m_eof) throw DbError(QStringLiteral("BOF 或 EOF 中有一个是“真”"));
         do {
             ++m_pos;
         } while (m_pos < m_rows.size() && m_rows[m_pos].deleted);
         syncPosition();
         return;
     }
-    if (m_eof)
-        throw DbError(QStringLiteral("BOF 或 EOF 中有一个是“真”"));
+    if (m_eof) throw DbError(QStringLiteral("BOF 或 EOF 中有一个是“真”"));
     fetchStreaming();
 }
 
-void Recordset::moveFirst()
-{
+void Recordset::moveFirst() {
     if (m_buffered) {
         m_pos = 0;
         while (m_pos < m_rows.size() && m_rows[m_pos].deleted)
@@ -178,53 +165,53 @@ void Recordset::moveFirst()
     openStreaming();
 }
 
-void Recordset::move(int n)
-{
-    if (!m_buffered)
-        throw DbError(QStringLiteral("只进记录集不能移动"));
+void Recordset::move(int n) {
+    if (!m_buffered) throw DbError(QStringLiteral("只进记录集不能移动"));
     m_pos = qBound(-1, m_pos + n, int(m_rows.size()));
     syncPosition();
 }
 
-int Recordset::fieldIndex(const QString& name) const { return m_index.value(name.toLower(), -1); }
-
-void Recordset::checkCurrent() const
-{
-    if (m_eof || m_bof)
-        throw DbError(QStringLiteral("BOF 或 EOF 中有一个是“真”，或者当前记录已被删除"));
+int Recordset::fieldIndex(const QString& name) const {
+    return m_index.value(name.toLower(), -1);
 }
 
-const QVector<QVariant>& Recordset::currentValues() const
-{
+void Recordset::checkCurrent() const {
+    if (m_eof || m_bof) throw DbError(QStringLiteral("BOF 或 EOF 中有一个是“真”，或者当前记录已被删除"));
+}
+
+const QVector<QVariant>& Recordset::currentValues() const {
     checkCurrent();
     return m_buffered ? m_rows[m_pos].values : m_current;
 }
 
-QVariant Recordset::value(int i) const
-{
+QVariant Recordset::value(int i) const {
     const auto& v = currentValues();
     if (i < 0 || i >= v.size())
         throw DbError(QStringLiteral("在对应所需名称或序数的集合中，未找到项目: %1").arg(i));
     return v[i];
 }
 
-QVariant Recordset::value(const QString& name) const
-{
+QVariant Recordset::value(const QString& name) const {
     const int i = fieldIndex(name);
-    if (i < 0)
-        throw DbError(QStringLiteral("在对应所需名称或序数的集合中，未找到项目: %1").arg(name));
+    if (i < 0) throw DbError(QStringLiteral("在对应所需名称或序数的集合中，未找到项目: %1").arg(name));
     return value(i);
 }
 
-QString Recordset::text(int i) const { return textOf(value(i)); }
-QString Recordset::text(const QString& name) const { return textOf(value(name)); }
-double Recordset::val(int i) const { return Val(text(i)); }
-double Recordset::val(const QString& name) const { return Val(text(name)); }
+QString Recordset::text(int i) const {
+    return textOf(value(i));
+}
+QString Recordset::text(const QString& name) const {
+    return textOf(value(name));
+}
+double Recordset::val(int i) const {
+    return Val(text(i));
+}
+double Recordset::val(const QString& name) const {
+    return Val(text(name));
+}
 
-void Recordset::addNew()
-{
-    if (!m_buffered || m_lock == Lock::ReadOnly)
-        throw DbError(QStringLiteral("记录集是只读的"));
+void Recordset::addNew() {
+    if (!m_buffered || m_lock == Lock::ReadOnly) throw DbError(QStringLiteral("记录集是只读的"));
     Row r;
     r.values.resize(m_names.size());
     r.changed.fill(false, m_names.size());
@@ -235,33 +222,26 @@ void Recordset::addNew()
     syncPosition();
 }
 
-void Recordset::setValue(const QString& name, const QVariant& v)
-{
+void Recordset::setValue(const QString& name, const QVariant& v) {
     const int i = fieldIndex(name);
-    if (i < 0)
-        throw DbError(QStringLiteral("在对应所需名称或序数的集合中，未找到项目: %1").arg(name));
+    if (i < 0) throw DbError(QStringLiteral("在对应所需名称或序数的集合中，未找到项目: %1").arg(name));
     setValue(i, v);
 }
 
-void Recordset::setValue(int i, const QVariant& v)
-{
-    if (!m_buffered || m_lock == Lock::ReadOnly)
-        throw DbError(QStringLiteral("记录集是只读的"));
+void Recordset::setValue(int i, const QVariant& v) {
+    if (!m_buffered || m_lock == Lock::ReadOnly) throw DbError(QStringLiteral("记录集是只读的"));
     checkCurrent();
     Row& r = m_rows[m_pos];
     if (i < 0 || i >= r.values.size())
         throw DbError(QStringLiteral("在对应所需名称或序数的集合中，未找到项目: %1").arg(i));
-    if (r.changed.size() != r.values.size())
-        r.changed.fill(false, r.values.size());
+    if (r.changed.size() != r.values.size()) r.changed.fill(false, r.values.size());
     r.values[i] = v;
     r.changed[i] = true;
     r.dirty = true;
 }
 
-void Recordset::writeRow(Row& r)
-{
-    if (!r.dirty && !r.deleted)
-        return;
+void Recordset::writeRow(Row& r) {
+    if (!r.dirty && !r.deleted) return;
     QSqlQuery q(m_c.database());
     QStringList cols;
     QVector<QVariant> binds;
@@ -273,18 +253,16 @@ void Recordset::writeRow(Row& r)
     }
     QString sql;
     if (r.deleted) {
-        if (r.isNew)
-            return;
+        if (r.isNew) return;
         sql = QStringLiteral("delete from %1 where %2").arg(m_table, m_c.dialect().rowLocatorCondition());
         binds = {r.locator};
     } else if (r.isNew) {
-        if (cols.isEmpty())
-            return;
+        if (cols.isEmpty()) return;
         sql = QStringLiteral("insert into %1 (%2) values (%3)")
-                  .arg(m_table, cols.join(QLatin1Char(',')), QStringList(cols.size(), QStringLiteral("?")).join(','));
+                  .arg(m_table, cols.join(QLatin1Char(',')),
+                       QStringList(cols.size(), QStringLiteral("?")).join(','));
     } else {
-        if (cols.isEmpty())
-            return;
+        if (cols.isEmpty()) return;
         for (QString& c : cols)
             c += QStringLiteral("=?");
         sql = QStringLiteral("update %1 set %2 where %3")
@@ -292,48 +270,37 @@ void Recordset::writeRow(Row& r)
         binds << r.locator;
     }
     Connection::StatementGuard guard(m_c);
-    if (!q.prepare(sql))
-        throw DbError(errorText(q.lastError()), sql);
+    if (!q.prepare(sql)) throw DbError(errorText(q.lastError()), sql);
     for (const QVariant& b : binds)
         q.addBindValue(b);
-    if (!q.exec())
-        throw DbError(errorText(q.lastError()), sql);
+    if (!q.exec()) throw DbError(errorText(q.lastError()), sql);
     guard.done();
     r.dirty = false;
     r.isNew = false;
     r.changed.fill(false, r.values.size());
 }
 
-void Recordset::update()
-{
-    if (!m_buffered || m_lock == Lock::ReadOnly)
-        throw DbError(QStringLiteral("记录集是只读的"));
+void Recordset::update() {
+    if (!m_buffered || m_lock == Lock::ReadOnly) throw DbError(QStringLiteral("记录集是只读的"));
     checkCurrent();
-    if (m_lock != Lock::BatchOptimistic)
-        writeRow(m_rows[m_pos]);
+    if (m_lock != Lock::BatchOptimistic) writeRow(m_rows[m_pos]);
 }
 
-void Recordset::updateBatch()
-{
-    if (!m_buffered || m_lock == Lock::ReadOnly)
-        throw DbError(QStringLiteral("记录集是只读的"));
+void Recordset::updateBatch() {
+    if (!m_buffered || m_lock == Lock::ReadOnly) throw DbError(QStringLiteral("记录集是只读的"));
     for (Row& r : m_rows)
         writeRow(r);
 }
 
-void Recordset::deleteRow()
-{
-    if (!m_buffered || m_lock == Lock::ReadOnly)
-        throw DbError(QStringLiteral("记录集是只读的"));
+void Recordset::deleteRow() {
+    if (!m_buffered || m_lock == Lock::ReadOnly) throw DbError(QStringLiteral("记录集是只读的"));
     checkCurrent();
     Row& r = m_rows[m_pos];
     r.deleted = true;
-    if (m_lock != Lock::BatchOptimistic)
-        writeRow(r);
+    if (m_lock != Lock::BatchOptimistic) writeRow(r);
 }
 
-void Recordset::close()
-{
+void Recordset::close() {
     m_query.reset();
     m_rows.clear();
     m_current.clear();

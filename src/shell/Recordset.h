@@ -2,14 +2,14 @@
 
 #include "Connection.h"
 
+#include <memory>
+#include <optional>
 #include <QHash>
 #include <QSqlQuery>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
 #include <QVector>
-#include <memory>
-#include <optional>
 
 namespace zq {
 
@@ -21,7 +21,8 @@ enum class Lock { ReadOnly = 1, Optimistic = 3, BatchOptimistic = 4 };
 // Writes (AddNew, Update, Delete) go to the one table of the statement with bound values.
 class Recordset {
 public:
-    Recordset(Connection& c, const QString& sql, Cursor cursor = Cursor::ForwardOnly, Lock lock = Lock::ReadOnly);
+    Recordset(Connection& c, const QString& sql, Cursor cursor = Cursor::ForwardOnly,
+              Lock lock = Lock::ReadOnly);
     ~Recordset();
     Recordset(const Recordset&) = delete;
     Recordset& operator=(const Recordset&) = delete;

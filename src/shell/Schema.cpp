@@ -18,15 +18,13 @@ struct Step {
     std::function<void(Connection&)> run;
 };
 
-void createAllTables(Connection& c)
-{
+void createAllTables(Connection& c) {
     for (const Table& t : tables())
         createTable(c, t);
 }
 
 // Ordered upgrade steps. Each must be safe to run again after a partial run.
-const QVector<Step>& steps()
-{
+const QVector<Step>& steps() {
     static const QVector<Step> s = {
         {1,
          [](Connection& c) {
@@ -39,33 +37,27 @@ const QVector<Step>& steps()
     return s;
 }
 
-void setVersion(Connection& c, int v)
-{
+void setVersion(Connection& c, int v) {
     c.execute(QStringLiteral("delete from zq_schema"));
     c.execute(QStringLiteral("insert into zq_schema (version) values (%1)").arg(v));
 }
 
 } // namespace
 
-const Table* findTable(const QString& name)
-{
+const Table* findTable(const QString& name) {
     for (const Table& t : tables())
-        if (t.name.compare(name, Qt::CaseInsensitive) == 0)
-            return &t;
+        if (t.name.compare(name, Qt::CaseInsensitive) == 0) return &t;
     return nullptr;
 }
 
-int columnSize(const QString& table, const QString& column)
-{
+int columnSize(const QString& table, const QString& column) {
     if (const Table* t = findTable(table))
         for (const Column& c : t->columns)
-            if (c.name.compare(column, Qt::CaseInsensitive) == 0)
-                return c.type == Type::Text ? c.size : 0;
+            if (c.name.compare(column, Qt::CaseInsensitive) == 0) return c.type == Type::Text ? c.size : 0;
     return 0;
 }
 
-QString columnType(const Dialect& d, const Column& c)
-{
+QString columnType(const Dialect& d, const Column& c) {
     switch (c.type) {
     case Type::Text:
         return d.textType(c.size);
@@ -91,29 +83,24 @@ QString columnType(const Dialect& d, const Column& c)
     return d.textType();
 }
 
-QString createTableSql(const Dialect& d, const Table& t)
-{
+QString createTableSql(const Dialect& d, const Table& t) {
     QStringList cols;
     for (const Column& c : t.columns)
         cols << c.name + QLatin1Char(' ') + columnType(d, c);
     return QStringLiteral("create table %1 (%2)").arg(t.name, cols.join(QStringLiteral(", ")));
 }
 
-bool tableExists(Connection& c, const QString& name)
-{
+bool tableExists(Connection& c, const QString& name) {
     Recordset rs(c, c.dialect().tableExistsQuery(quoted(name.toLower())));
     return !rs.eof() && rs.val(0) > 0;
 }
 
-void createTable(Connection& c, const Table& t)
-{
-    if (tableExists(c, t.name))
-        return;
+void createTable(Connection& c, const Table& t) {
+    if (tableExists(c, t.name)) return;
     c.execute(createTableSql(c.dialect(), t));
     QVector<QStringList> indexes = t.indexes;
     for (const Column& col : t.columns)
-        if (col.name.compare(QLatin1String("fcode"), Qt::CaseInsensitive) == 0)
-            indexes.prepend({col.name});
+        if (col.name.compare(QLatin1String("fcode"), Qt::CaseInsensitive) == 0) indexes.prepend({col.name});
     int n = 0;
     for (const QStringList& cols : indexes)
         c.execute(QStringLiteral("create index ix_%1_%2 on %1 (%3)")
@@ -122,24 +109,22 @@ void createTable(Connection& c, const Table& t)
                       .arg(cols.join(QLatin1Char(','))));
 }
 
-int currentVersion(Connection& c)
-{
-    if (!tableExists(c, QStringLiteral("zq_schema")))
-        return 0;
+int currentVersion(Connection& c) {
+    if (!tableExists(c, QStringLiteral("zq_schema"))) return 0;
     Recordset rs(c, QStringLiteral("select max(version) from zq_schema"));
     return rs.eof() ? 0 : int(rs.val(0));
 }
 
-int latestVersion() { return steps().last().version; }
+int latestVersion() {
+    return steps().last().version;
+}
 
-void upgrade(Connection& c)
-{
+void upgrade(Connection& c) {
     if (!tableExists(c, QStringLiteral("zq_schema")))
         c.execute(QStringLiteral("create table zq_schema (version integer not null)"));
     const int from = currentVersion(c);
     for (const Step& s : steps()) {
-        if (s.version <= from)
-            continue;
+        if (s.version <= from) continue;
         Transaction t(c);
         s.run(c);
         setVersion(c, s.version);
@@ -147,20 +132,17 @@ void upgrade(Connection& c)
     }
 }
 
-void initialise(Connection& c)
-{
+void initialise(Connection& c) {
     if (currentVersion(c) > 0)
         throw DbError(QStringLiteral("数据库已经建立(版本 %1), 未作任何改动").arg(currentVersion(c)));
     for (const Table& t : tables())
         if (tableExists(c, t.name))
             throw DbError(QStringLiteral("数据库中已有表 %1, 未作任何改动").arg(t.name));
-    if (c.dialect().isServer())
-        c.execute(QStringLiteral("create extension if not exists citext"));
+    if (c.dialect().isServer()) c.execute(QStringLiteral("create extension if not exists citext"));
     upgrade(c);
 }
 
-void createDatabase(const ConnectionSettings& s)
-{
+void createDatabase(const ConnectionSettings& s) {
     if (s.sqlData == 0) {
         if (QFileInfo::exists(s.userPath)) {
             Connection probe;
@@ -189,7 +171,8 @@ void createDatabase(const ConnectionSettings& s)
         admin.defaultDb = QStringLiteral("postgres");
         Connection a;
         a.open(admin);
-        Recordset rs(a, QStringLiteral("select count(*) from pg_database where datname=%1").arg(quoted(s.defaultDb)));
+        Recordset rs(
+            a, QStringLiteral("select count(*) from pg_database where datname=%1").arg(quoted(s.defaultDb)));
         if (rs.val(0) == 0) {
             for (const QChar ch : s.defaultDb)
                 if (!(ch.isLetterOrNumber() || ch == QLatin1Char('_')) || ch.unicode() > 127)

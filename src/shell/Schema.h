@@ -2,10 +2,10 @@
 
 #include "Connection.h"
 
+#include <functional>
 #include <QString>
 #include <QStringList>
 #include <QVector>
-#include <functional>
 
 namespace zq::schema {
 

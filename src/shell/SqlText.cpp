@@ -8,17 +8,17 @@
 
 namespace zq {
 
-QString checked(const QString& value)
-{
+QString checked(const QString& value) {
     if (value.contains(QLatin1Char('\'')))
         throw DbError(QStringLiteral("值中含有单引号('), 语句不能执行: %1").arg(value));
     return value;
 }
 
-QString quoted(const QString& value) { return QLatin1Char('\'') + checked(value) + QLatin1Char('\''); }
+QString quoted(const QString& value) {
+    return QLatin1Char('\'') + checked(value) + QLatin1Char('\'');
+}
 
-double Val(const QString& text)
-{
+double Val(const QString& text) {
     int i = 0;
     const int n = text.size();
     auto skipBlanks = [&] {
@@ -44,8 +44,7 @@ double Val(const QString& text)
             break;
         }
     }
-    if (!digits)
-        return 0;
+    if (!digits) return 0;
     // Exponent: e or d, optional sign, digits.
     if (i < n && (text[i].toLower() == QLatin1Char('e') || text[i].toLower() == QLatin1Char('d'))) {
         int j = i + 1;
@@ -55,18 +54,15 @@ double Val(const QString& text)
         int start = j;
         while (j < n && text[j].isDigit() && text[j].unicode() < 128)
             e.append(char(text[j++].unicode()));
-        if (j > start)
-            s.append(e);
+        if (j > start) s.append(e);
     }
     bool ok = false;
     const double v = s.toDouble(&ok);
     return ok ? v : 0;
 }
 
-QString textOf(const QVariant& v)
-{
-    if (v.isNull() || !v.isValid())
-        return {};
+QString textOf(const QVariant& v) {
+    if (v.isNull() || !v.isValid()) return {};
     switch (v.typeId()) {
     case QMetaType::QByteArray:
         return QString::fromUtf8(v.toByteArray());

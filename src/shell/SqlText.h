@@ -11,7 +11,9 @@ QString quoted(const QString& value);
 // The bare value, checked the same way, for statements that bring their own quotes.
 QString checked(const QString& value);
 // A whole number as SQL text.
-inline QString num(qint64 v) { return QString::number(v); }
+inline QString num(qint64 v) {
+    return QString::number(v);
+}
 
 // The value conversion of numbers from text: the leading number, 0 when there is none.
 double Val(const QString& text);

@@ -9,8 +9,7 @@ using namespace zq;
 class TestTexts : public QObject {
     Q_OBJECT
 private slots:
-    void languageOffset()
-    {
+    void languageOffset() {
         G().Language = 0;
         QCOMPARE(LoadText(99), QString("人事管理系统"));
         QCOMPARE(LoadText(148), QString("未有可供打印的数据记录！"));
@@ -23,16 +22,14 @@ private slots:
         G().Language = 0;
     }
 
-    void missingIdsAreErrors()
-    {
+    void missingIdsAreErrors() {
         QVERIFY_THROWS_EXCEPTION(std::out_of_range, LoadText(98));
         G().Language = 2;
         QVERIFY_THROWS_EXCEPTION(std::out_of_range, LoadText(99));
         G().Language = 0;
     }
 
-    void bothHalvesComplete()
-    {
+    void bothHalvesComplete() {
         for (int id = 0; id <= 217; ++id)
             QCOMPARE(hasText(id), hasText(id + 10000));
         QVERIFY(hasText(144) && hasText(174) && hasText(94));

@@ -12,27 +12,23 @@ using namespace zq;
 class TestConnection : public QObject {
     Q_OBJECT
 private slots:
-    void init()
-    {
+    void init() {
         test::freshDatabase();
         conn().execute("delete from myCompany");
     }
 
-    void openConnIsIdleWhenOpen()
-    {
+    void openConnIsIdleWhenOpen() {
         QCOMPARE(conn().state(), 1);
         QCOMPARE(OpenConn(0, conn(), "/nonexistent", {}, {}, {}), qint16(0));
         QCOMPARE(conn().state(), 1);
     }
 
-    void sqlDataOutOfByteRangeOverflows()
-    {
+    void sqlDataOutOfByteRangeOverflows() {
         QVERIFY_THROWS_EXCEPTION(OverflowError, OpenConn(-1, conn(), {}, {}, {}, {}));
         QVERIFY_THROWS_EXCEPTION(OverflowError, OpenConn(256, conn(), {}, {}, {}, {}));
     }
 
-    void recordCountOnForwardOnly()
-    {
+    void recordCountOnForwardOnly() {
         conn().execute("insert into myCompany (CompCode) values ('A')");
         conn().execute("insert into myCompany (CompCode) values ('B')");
         Recordset rs(conn(), "select CompCode, FullName from myCompany order by CompCode");
@@ -46,8 +42,7 @@ private slots:
         QVERIFY(rs.eof());
     }
 
-    void textComparisonIgnoresCase()
-    {
+    void textComparisonIgnoresCase() {
         conn().execute("insert into myCompany (CompCode, CompName) values ('tRsBasic', 'x')");
         Recordset rs(conn(), "select count(*) from myCompany where CompCode='trsbasic'");
         QCOMPARE(rs.val(0), 1.0);
@@ -55,23 +50,23 @@ private slots:
         QCOMPARE(rs2.val(0), 1.0);
     }
 
-    void quoteInValueFailsBeforeTheDatabase()
-    {
+    void quoteInValueFailsBeforeTheDatabase() {
         QVERIFY_THROWS_EXCEPTION(DbError, quoted("O'Brien"));
         QCOMPARE(quoted("张三"), QString("'张三'"));
     }
 
-    void writesThroughRecordsetAndTransactions()
-    {
+    void writesThroughRecordsetAndTransactions() {
         {
-            Recordset rs(conn(), "select CompCode, CompName from myCompany", Cursor::Keyset, Lock::Optimistic);
+            Recordset rs(conn(), "select CompCode, CompName from myCompany", Cursor::Keyset,
+                         Lock::Optimistic);
             rs.addNew();
             rs.setValue("compcode", "X'1"); // bound, so a quote is stored as it is
             rs.setValue("CompName", "甲");
             rs.update();
         }
         {
-            Recordset rs(conn(), "select CompCode, CompName from myCompany", Cursor::Static, Lock::BatchOptimistic);
+            Recordset rs(conn(), "select CompCode, CompName from myCompany", Cursor::Static,
+                         Lock::BatchOptimistic);
             QCOMPARE(rs.recordCount(), 1);
             rs.setValue("CompName", "乙");
             rs.update();
@@ -87,8 +82,7 @@ private slots:
         QCOMPARE(rs.text(1), QString("乙"));
     }
 
-    void failedStatementKeepsTransactionUsable()
-    {
+    void failedStatementKeepsTransactionUsable() {
         Transaction t(conn());
         QVERIFY_THROWS_EXCEPTION(DbError, conn().execute("select * from NoSuchTable"));
         conn().execute("insert into myCompany (CompCode) values ('Z')");
@@ -97,8 +91,7 @@ private slots:
         QCOMPARE(rs.val(0), 1.0);
     }
 
-    void valConversion()
-    {
+    void valConversion() {
         QCOMPARE(Val(""), 0.0);
         QCOMPARE(Val("12abc"), 12.0);
         QCOMPARE(Val(" -3.5"), -3.5);

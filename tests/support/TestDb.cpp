@@ -4,21 +4,22 @@
 #include "shell/Globals.h"
 #include "shell/Schema.h"
 
+#include <cstdio>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
-#include <cstdio>
 
 namespace zq::test {
 
 namespace {
-QString env(const char* name) { return qEnvironmentVariable(name); }
+QString env(const char* name) {
+    return qEnvironmentVariable(name);
+}
 
-QTemporaryDir& tempDir()
-{
+QTemporaryDir& tempDir() {
     static QTemporaryDir d;
     return d;
 }
@@ -26,29 +27,29 @@ QTemporaryDir& tempDir()
 int serial = 0;
 QString templateName;
 
-QString runTag()
-{
-    return QStringLiteral("%1_%2").arg(QCoreApplication::applicationPid()).arg(QDateTime::currentMSecsSinceEpoch() % 100000);
+QString runTag() {
+    return QStringLiteral("%1_%2")
+        .arg(QCoreApplication::applicationPid())
+        .arg(QDateTime::currentMSecsSinceEpoch() % 100000);
 }
 } // namespace
 
-bool onServer() { return env("ZQRS_TEST_BACKEND") == QLatin1String("pg"); }
+bool onServer() {
+    return env("ZQRS_TEST_BACKEND") == QLatin1String("pg");
+}
 
-ConnectionSettings serverSettings()
-{
+ConnectionSettings serverSettings() {
     ConnectionSettings s;
     s.sqlData = 1;
     s.userPath = env("ZQRS_PG_HOST");
-    if (!env("ZQRS_PG_PORT").isEmpty())
-        s.userPath += QLatin1Char(':') + env("ZQRS_PG_PORT");
+    if (!env("ZQRS_PG_PORT").isEmpty()) s.userPath += QLatin1Char(':') + env("ZQRS_PG_PORT");
     s.userId = env("ZQRS_PG_USER");
     s.password = env("ZQRS_PG_PASSWORD");
     s.defaultDb = QStringLiteral("postgres");
     return s;
 }
 
-ConnectionSettings freshDatabase()
-{
+ConnectionSettings freshDatabase() {
     conn().close();
     ConnectionSettings s;
     if (onServer()) {
@@ -68,8 +69,7 @@ ConnectionSettings freshDatabase()
         admin.execute(QStringLiteral("create database %1 template %2").arg(s.defaultDb, templateName));
     } else {
         const QString tpl = tempDir().filePath(QStringLiteral("template.db"));
-        if (!QFile::exists(tpl))
-            schema::createDatabase({0, tpl, {}, {}, {}});
+        if (!QFile::exists(tpl)) schema::createDatabase({0, tpl, {}, {}, {}});
         s.userPath = tempDir().filePath(QStringLiteral("test%1.db").arg(++serial));
         QFile::remove(s.userPath);
         QFile::copy(tpl, s.userPath);
@@ -86,10 +86,8 @@ ConnectionSettings freshDatabase()
 }
 
 namespace {
-void dropServerDatabases()
-{
-    if (!onServer() || templateName.isEmpty())
-        return;
+void dropServerDatabases() {
+    if (!onServer() || templateName.isEmpty()) return;
     conn().close();
     try {
         Connection admin;
@@ -104,8 +102,7 @@ void dropServerDatabases()
 }
 } // namespace
 
-int runDbTest(QObject* test, int argc, char** argv)
-{
+int runDbTest(QObject* test, int argc, char** argv) {
     if (onServer()) {
         const bool required = env("ZQRS_PG_REQUIRED") == QLatin1String("1");
         if (env("ZQRS_PG_HOST").isEmpty()) {

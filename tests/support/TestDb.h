@@ -27,8 +27,7 @@ int runDbTest(QObject* test, int argc, char** argv);
 } // namespace zq::test
 
 #define ZQ_DB_TEST_MAIN(TestObject)                                                                          \
-    int main(int argc, char** argv)                                                                          \
-    {                                                                                                        \
+    int main(int argc, char** argv) {                                                                        \
         QApplication app(argc, argv);                                                                        \
         TestObject tc;                                                                                       \
         return zq::test::runDbTest(&tc, argc, argv);                                                         \

@@ -40,8 +40,10 @@ void registerScreens() {
             PrintPersonCard(G().isSupervisor() ? 3 : 1, templateKey, sheetKey, QStringLiteral("fZt=1"));
         };
     };
-    registerAction({QStringLiteral("mnuRsCard")}, cards(QStringLiteral("RsCard"), QStringLiteral("RsCard_01")));
-    registerAction({QStringLiteral("mnuRsCard2")}, cards(QStringLiteral("RsCard2"), QStringLiteral("RsCard2_01")));
+    registerAction({QStringLiteral("mnuRsCard")},
+                   cards(QStringLiteral("RsCard"), QStringLiteral("RsCard_01")));
+    registerAction({QStringLiteral("mnuRsCard2")},
+                   cards(QStringLiteral("RsCard2"), QStringLiteral("RsCard2_01")));
 }
 
 void registerCommand(const QStringList& keys, std::function<QDialog*()> screen,
