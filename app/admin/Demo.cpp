@@ -550,6 +550,8 @@ Summary fill(Connection& c, const Options& o) {
     writeCards(x);
     writeOffice(x);
     writeDocuments(x);
+    // Fresh statistics, so that the first look-ups on a new company plan well.
+    c.execute(QStringLiteral("analyze"));
     return s;
 }
 

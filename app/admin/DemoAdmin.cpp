@@ -48,11 +48,7 @@ struct Parsed {
 bool parse(const QStringList& args, Parsed& p, QString& error, bool& help) {
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QCommandLineOption db(QStringLiteral("db"), QString(), QStringLiteral("file"));
-    const QCommandLineOption server(QStringLiteral("server"), QString(), QStringLiteral("host"));
-    const QCommandLineOption database(QStringLiteral("database"), QString(), QStringLiteral("name"));
-    const QCommandLineOption user(QStringLiteral("user"), QString(), QStringLiteral("user"));
-    const QCommandLineOption password(QStringLiteral("password"), QString(), QStringLiteral("password"));
+    const DatabaseOptions dbOptions;
     const QCommandLineOption persons(QStringLiteral("persons"), QString(), QStringLiteral("n"));
     const QCommandLineOption seed(QStringLiteral("seed"), QString(), QStringLiteral("s"));
     const QCommandLineOption verbose(QStringLiteral("verbose"));
@@ -60,8 +56,8 @@ bool parse(const QStringList& args, Parsed& p, QString& error, bool& help) {
     const QCommandLineOption adminPassword(QStringLiteral("admin-password"), QString(),
                                            QStringLiteral("password"));
     const QCommandLineOption helpOption(QStringList{QStringLiteral("h"), QStringLiteral("help")});
-    parser.addOptions(
-        {db, server, database, user, password, persons, seed, verbose, admin, adminPassword, helpOption});
+    parser.addOptions(dbOptions.all());
+    parser.addOptions({persons, seed, verbose, admin, adminPassword, helpOption});
     if (!parser.parse(args)) {
         error = parser.errorText();
         return false;
@@ -82,28 +78,7 @@ bool parse(const QStringList& args, Parsed& p, QString& error, bool& help) {
         return false;
     }
 
-    if (parser.isSet(db) == parser.isSet(server)) {
-        error = QStringLiteral("请给出 --db 或 --server 之一");
-        return false;
-    }
-    if (parser.isSet(db)) {
-        p.settings.sqlData = 0;
-        p.settings.userPath = parser.value(db);
-    } else {
-        p.settings.sqlData = 1;
-        p.settings.userPath = parser.value(server);
-        p.settings.defaultDb = parser.value(database);
-        p.settings.userId = parser.value(user);
-        p.settings.password = parser.value(password);
-        if (p.settings.defaultDb.isEmpty()) {
-            error = QStringLiteral("--server 需要 --database");
-            return false;
-        }
-    }
-    if (p.settings.userPath.isEmpty()) {
-        error = QStringLiteral("数据库位置不能为空");
-        return false;
-    }
+    if (!dbOptions.read(parser, p.settings, error)) return false;
 
     p.verbose = parser.isSet(verbose);
     if (p.command == QLatin1String("demo")) {
@@ -148,6 +123,32 @@ QString where(const ConnectionSettings& s) {
 }
 
 } // namespace
+
+bool DatabaseOptions::read(const QCommandLineParser& parser, ConnectionSettings& s, QString& error) const {
+    if (parser.isSet(db) == parser.isSet(server)) {
+        error = QStringLiteral("请给出 --db 或 --server 之一");
+        return false;
+    }
+    if (parser.isSet(db)) {
+        s.sqlData = 0;
+        s.userPath = parser.value(db);
+    } else {
+        s.sqlData = 1;
+        s.userPath = parser.value(server);
+        s.defaultDb = parser.value(database);
+        s.userId = parser.value(user);
+        s.password = parser.value(password);
+        if (s.defaultDb.isEmpty()) {
+            error = QStringLiteral("--server 需要 --database");
+            return false;
+        }
+    }
+    if (s.userPath.isEmpty()) {
+        error = QStringLiteral("数据库位置不能为空");
+        return false;
+    }
+    return true;
+}
 
 int run(const QStringList& args, QTextStream& out, QTextStream& err) {
     Parsed p;

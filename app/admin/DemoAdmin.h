@@ -1,5 +1,9 @@
 #pragma once
 
+#include "shell/Connection.h"
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
 #include <QStringList>
 #include <QTextStream>
 
@@ -11,5 +15,19 @@ enum Exit { Ok = 0, Failed = 1, Usage = 2 };
 // Runs one command line of zqrs-admin (args[0] is the program). Results go to out, refusals and
 // errors to err; gives the exit code. A QCoreApplication must exist (the SQL drivers need it).
 int run(const QStringList& args, QTextStream& out, QTextStream& err);
+
+// The database options every command takes: --db FILE, or --server HOST[:PORT] --database NAME
+// [--user U] [--password P].
+struct DatabaseOptions {
+    QCommandLineOption db{QStringLiteral("db"), QString(), QStringLiteral("file")};
+    QCommandLineOption server{QStringLiteral("server"), QString(), QStringLiteral("host")};
+    QCommandLineOption database{QStringLiteral("database"), QString(), QStringLiteral("name")};
+    QCommandLineOption user{QStringLiteral("user"), QString(), QStringLiteral("user")};
+    QCommandLineOption password{QStringLiteral("password"), QString(), QStringLiteral("password")};
+
+    QList<QCommandLineOption> all() const { return {db, server, database, user, password}; }
+    // The settings the options name; false with the message to show on a mistake.
+    bool read(const QCommandLineParser& parser, ConnectionSettings& s, QString& error) const;
+};
 
 } // namespace zq::admin

@@ -65,11 +65,7 @@ bool printTable(const QString& table, const QStringList& fields, const QString& 
 int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-    const QCommandLineOption db(QStringLiteral("db"), QString(), QStringLiteral("file"));
-    const QCommandLineOption server(QStringLiteral("server"), QString(), QStringLiteral("host"));
-    const QCommandLineOption database(QStringLiteral("database"), QString(), QStringLiteral("name"));
-    const QCommandLineOption user(QStringLiteral("user"), QString(), QStringLiteral("user"));
-    const QCommandLineOption password(QStringLiteral("password"), QString(), QStringLiteral("password"));
+    const DatabaseOptions dbOptions;
     const QCommandLineOption filter(QStringLiteral("filter"), QString(), QStringLiteral("cond"));
     const QCommandLineOption templ(QStringLiteral("template"), QString(), QStringLiteral("key"),
                                    QStringLiteral("RsCard"));
@@ -80,16 +76,21 @@ int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
     const QCommandLineOption title(QStringLiteral("title"), QString(), QStringLiteral("text"),
                                    QStringLiteral("员工名单"));
     const QCommandLineOption pdf(QStringLiteral("pdf"), QString(), QStringLiteral("file"));
-    parser.addOptions(
-        {db, server, database, user, password, filter, templ, sheet, table, fields, title, pdf});
+    parser.addOptions(dbOptions.all());
+    parser.addOptions({filter, templ, sheet, table, fields, title, pdf});
     if (!parser.parse(args)) {
         err << "zqrs-admin: " << parser.errorText() << "\n" << kUsage;
         return Usage;
     }
     const QStringList pos = parser.positionalArguments(); // "print", what
     const QString what = pos.value(1);
-    if ((what != QLatin1String("cards") && what != QLatin1String("grid")) || !parser.isSet(pdf) ||
-        parser.isSet(db) == parser.isSet(server) || (parser.isSet(server) && !parser.isSet(database))) {
+    ConnectionSettings s;
+    QString error;
+    if (!dbOptions.read(parser, s, error)) {
+        err << "zqrs-admin: " << error << "\n" << kUsage;
+        return Usage;
+    }
+    if ((what != QLatin1String("cards") && what != QLatin1String("grid")) || !parser.isSet(pdf)) {
         err << kUsage;
         return Usage;
     }
@@ -98,26 +99,11 @@ int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
         return Usage;
     }
 
-    ConnectionSettings s;
-    if (parser.isSet(db)) {
-        s.userPath = parser.value(db);
-    } else {
-        s.sqlData = 1;
-        s.userPath = parser.value(server);
-        s.defaultDb = parser.value(database);
-        s.userId = parser.value(user);
-        s.password = parser.value(password);
-    }
     const QString out_pdf = QFileInfo(parser.value(pdf)).absoluteFilePath();
     // Messages such as "no rows" are collected, never shown in a window.
     ScriptedPrompts& prompts = scriptPrompts();
     try {
-        Globals& g = G();
-        g.SQLData = qint16(s.sqlData);
-        g.UserPath = s.userPath;
-        g.Default = s.defaultDb;
-        g.UserID = s.userId;
-        g.Password = s.password;
+        useDatabase(s);
         conn().open(s);
         LoadCompany();
         PrintOutput::setPdfPath(out_pdf);

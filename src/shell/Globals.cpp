@@ -7,4 +7,13 @@ Globals& G() {
     return g;
 }
 
+void useDatabase(const ConnectionSettings& s) {
+    Globals& g = G();
+    g.SQLData = qint16(s.sqlData);
+    g.UserPath = s.userPath;
+    g.Password = s.password;
+    g.UserID = s.userId;
+    g.Default = s.defaultDb;
+}
+
 } // namespace zq

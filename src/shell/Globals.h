@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Connection.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -49,5 +51,8 @@ struct Globals {
 };
 
 Globals& G();
+
+// Points the control's five database properties at a database.
+void useDatabase(const ConnectionSettings& s);
 
 } // namespace zq

@@ -261,6 +261,8 @@ void Recordset::writeRow(Row& r) {
         sql = QStringLiteral("insert into %1 (%2) values (%3)")
                   .arg(m_table, cols.join(QLatin1Char(',')),
                        QStringList(cols.size(), QStringLiteral("?")).join(','));
+        // The new row's locator, so that a later write through this recordset finds it.
+        if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     } else {
         if (cols.isEmpty()) return;
         for (QString& c : cols)
@@ -268,6 +270,8 @@ void Recordset::writeRow(Row& r) {
         sql = QStringLiteral("update %1 set %2 where %3")
                   .arg(m_table, cols.join(QLatin1Char(',')), m_c.dialect().rowLocatorCondition());
         binds << r.locator;
+        // A row's locator on the server moves with every write.
+        if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     }
     Connection::StatementGuard guard(m_c);
     if (!q.prepare(sql)) throw DbError(errorText(q.lastError()), sql);
@@ -275,6 +279,13 @@ void Recordset::writeRow(Row& r) {
         q.addBindValue(b);
     if (!q.exec()) throw DbError(errorText(q.lastError()), sql);
     guard.done();
+    if (!r.deleted) {
+        if (m_c.dialect().isServer()) {
+            if (q.next()) r.locator = q.value(0);
+        } else if (r.isNew) {
+            r.locator = q.lastInsertId();
+        }
+    }
     r.dirty = false;
     r.isNew = false;
     r.changed.fill(false, r.values.size());

@@ -73,6 +73,20 @@ private slots:
             rs.updateBatch();
         }
         {
+            // Two writes to one row through one recordset: the row is still found the second time.
+            Recordset rs(conn(), "select CompCode, CompName from myCompany", Cursor::Keyset, Lock::Optimistic);
+            rs.setValue("CompName", "丁");
+            rs.update();
+            rs.setValue("CompName", "乙");
+            rs.update();
+            rs.addNew();
+            rs.setValue("CompCode", "N");
+            rs.update();
+            rs.setValue("CompName", "新");
+            rs.update();
+            rs.deleteRow();
+        }
+        {
             Transaction t(conn());
             conn().execute("update myCompany set CompName='丙'");
             // no commit: rolled back

@@ -75,12 +75,7 @@ ConnectionSettings freshDatabase() {
         QFile::copy(tpl, s.userPath);
         QFile::setPermissions(s.userPath, QFile::ReadOwner | QFile::WriteOwner);
     }
-    Globals& g = G();
-    g.SQLData = qint16(s.sqlData);
-    g.UserPath = s.userPath;
-    g.Password = s.password;
-    g.UserID = s.userId;
-    g.Default = s.defaultDb;
+    useDatabase(s);
     conn().open(s);
     return s;
 }
