@@ -5,10 +5,11 @@
 namespace zq {
 
 namespace {
-int charBytes(QChar c) { return c.unicode() > 127 ? 2 : 1; }
+int charBytes(QChar c) {
+    return c.unicode() > 127 ? 2 : 1;
+}
 
-QString leftTrimmed(const QString& s)
-{
+QString leftTrimmed(const QString& s) {
     int i = 0;
     while (i < s.size() && s[i].isSpace())
         ++i;
@@ -16,49 +17,41 @@ QString leftTrimmed(const QString& s)
 }
 } // namespace
 
-int ByteLen(const QString& text)
-{
+int ByteLen(const QString& text) {
     int n = 0;
     for (int i = 0; i < text.size(); ++i) {
         // A surrogate pair is one character of the text, and one double-byte character at most.
-        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
-            ++i;
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) ++i;
         n += charBytes(text[i]);
     }
     return n;
 }
 
-QString LimitLength(const QString& text, int max, const QString& title)
-{
-    if (ByteLen(text) <= max)
-        return text;
+QString LimitLength(const QString& text, int max, const QString& title) {
+    if (ByteLen(text) <= max) return text;
     int count = 0;
     int i = 0;
     for (; i < text.size(); ++i) {
         int step = 1;
-        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
-            step = 2;
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) step = 2;
         count += charBytes(text[i]);
-        if (count > max)
-            break;
+        if (count > max) break;
         i += step - 1;
     }
     if (!title.isEmpty())
-        ShowMsg(title + QStringLiteral("长度超出限定字符(") + QString::number(max) + QStringLiteral("个),自动截取!"),
+        ShowMsg(title + QStringLiteral("长度超出限定字符(") + QString::number(max) +
+                    QStringLiteral("个),自动截取!"),
                 64, QString());
     return text.left(i);
 }
 
-QString SplitTabText(const QString& text, int side)
-{
+QString SplitTabText(const QString& text, int side) {
     const int tab = text.indexOf(QLatin1Char('\t'));
-    if (tab < 0)
-        return text;
+    if (tab < 0) return text;
     return side == 1 ? text.left(tab) : text.mid(tab + 1);
 }
 
-QString ClipTextLines(const QString& text, int max)
-{
+QString ClipTextLines(const QString& text, int max) {
     QString result;
     QString rest = text;
     bool remains = !rest.isEmpty();
@@ -74,26 +67,23 @@ QString ClipTextLines(const QString& text, int max)
             remains = !rest.isEmpty();
         }
     }
-    if (remains)
-        result += QStringLiteral(" ...");
+    if (remains) result += QStringLiteral(" ...");
     return result;
 }
 
-QString QualifyFieldList(const QString& alias, const QString& list)
-{
-    if (list.isEmpty())
-        return {};
+QString QualifyFieldList(const QString& alias, const QString& list) {
+    if (list.isEmpty()) return {};
     QStringList names = list.split(QLatin1Char(','));
     for (QString& n : names)
         n = alias + QLatin1Char('.') + n;
     return names.join(QLatin1Char(','));
 }
 
-QString QualifyCondition(const QString& condition, const QString& alias, qint16 flag)
-{
-    if (condition.isEmpty() || alias.isEmpty())
-        return {};
-    const QString prefix = QLatin1Char(' ') + alias + QLatin1Char('.');
+QString QualifyCondition(const QString& condition, const QString& alias, qint16 flag) {
+    if (condition.isEmpty() || alias.isEmpty()) return {};
+    // Callers pass the alias with or without its point ("a" or "a."); either gives " a.".
+    const QString prefix =
+        QLatin1Char(' ') + alias + (alias.endsWith(QLatin1Char('.')) ? QString() : QStringLiteral("."));
     const QString text = condition.toLower();
     const QString sep = quint16(flag) > 65534 ? QStringLiteral("and ") : QStringLiteral(",");
     QString result;
@@ -112,8 +102,7 @@ QString QualifyCondition(const QString& condition, const QString& alias, qint16 
     return result;
 }
 
-QString StripTrailingSlash(const QString& path)
-{
+QString StripTrailingSlash(const QString& path) {
     if (path.endsWith(QLatin1Char('\\')) || path.endsWith(QLatin1Char('/')))
         return path.left(path.size() - 1);
     return path;

@@ -14,8 +14,7 @@ using namespace zq;
 
 namespace {
 // Runs a key through the filter the way the key-press handler does; true when it passes.
-bool passes(QLineEdit& box, QChar c, int max, bool numeric)
-{
+bool passes(QLineEdit& box, QChar c, int max, bool numeric) {
     int key = c.unicode() > 127 ? -int(c.unicode()) : int(c.unicode());
     int m = max;
     int num = numeric ? -1 : 0;
@@ -23,8 +22,7 @@ bool passes(QLineEdit& box, QChar c, int max, bool numeric)
     return key != 0;
 }
 
-void commit(QLineEdit& box, const QString& text)
-{
+void commit(QLineEdit& box, const QString& text) {
     QInputMethodEvent ev;
     ev.setCommitString(text);
     QApplication::sendEvent(&box, &ev);
@@ -34,8 +32,7 @@ void commit(QLineEdit& box, const QString& text)
 class TestInputAids : public QObject {
     Q_OBJECT
 private slots:
-    void byteLengthsAndCuts()
-    {
+    void byteLengthsAndCuts() {
         QCOMPARE(ByteLen("ab张三"), 6);
         ScriptedPrompts& p = scriptPrompts();
         QCOMPARE(LimitLength("张三", 3, ""), QString("张")); // the second would take the count to 4
@@ -47,8 +44,7 @@ private slots:
         QCOMPARE(p.shown().last().style, 64);
     }
 
-    void textHelpers()
-    {
+    void textHelpers() {
         QCOMPARE(SplitTabText("01\t财务部", 1), QString("01"));
         QCOMPARE(SplitTabText("01\t财务部", 2), QString("财务部"));
         QCOMPARE(SplitTabText("财务部", 1), QString("财务部"));
@@ -56,7 +52,8 @@ private slots:
 
         const QString longLine(700, QLatin1Char('x'));
         QCOMPARE(ClipTextLines(longLine, 300), longLine);
-        QCOMPARE(ClipTextLines("a\rb\rc", 4), QString("a\r\nb\r\n ...")); // the maximum is tested between lines only
+        QCOMPARE(ClipTextLines("a\rb\rc", 4),
+                 QString("a\r\nb\r\n ...")); // the maximum is tested between lines only
         QCOMPARE(ClipTextLines("a\r", 10), QString("a\r\n"));
 
         QCOMPARE(QualifyFieldList("a", "fCode,fName"), QString("a.fCode,a.fName"));
@@ -65,13 +62,13 @@ private slots:
         QCOMPARE(QualifyCondition("fZt=1 and 1=1", "b", -1), QString(" b.fzt=1 and 1=1"));
         QCOMPARE(QualifyCondition("fCode, fName", "a", 0), QString(" a.fcode, a.fname"));
         QCOMPARE(QualifyCondition("", "a", -1), QString());
+        QCOMPARE(QualifyCondition("fCode,fName", "a.", 0), QString(" a.fcode, a.fname"));
         QCOMPARE(StripTrailingSlash("C:\\zq\\"), QString("C:\\zq"));
         QCOMPARE(StripTrailingSlash("/opt/zq/"), QString("/opt/zq"));
         QCOMPARE(StripTrailingSlash("/opt/zq"), QString("/opt/zq"));
     }
 
-    void lengthLimitOnKeys()
-    {
+    void lengthLimitOnKeys() {
         QLineEdit box;
         box.setText("abc");
         QVERIFY(!passes(box, QChar(0x5F20), 4, false)); // a double-byte character would need 5
@@ -86,8 +83,7 @@ private slots:
         QCOMPARE(backspace, 8);
     }
 
-    void numericRules()
-    {
+    void numericRules() {
         QLineEdit box;
         box.setText("12");
         box.setCursorPosition(2);
@@ -108,8 +104,7 @@ private slots:
         QVERIFY(!passes(box, '-', 10, true)); // "--12"
     }
 
-    void pasteTooLongIsRefusedInSimplified()
-    {
+    void pasteTooLongIsRefusedInSimplified() {
         QLineEdit box;
         box.setText("ab");
         QGuiApplication::clipboard()->setText("张三李四");
@@ -125,8 +120,7 @@ private slots:
         QCOMPARE(key, 22);
     }
 
-    void filterOnAWidget()
-    {
+    void filterOnAWidget() {
         QLineEdit box;
         attachKeyFilter(&box, 4);
         QTest::keyClicks(&box, "abcdef");
@@ -141,8 +135,7 @@ private slots:
         QCOMPARE(num.text(), QString("12.5"));
     }
 
-    void pickFileKeepsItsFlags()
-    {
+    void pickFileKeepsItsFlags() {
         QTemporaryDir dir;
         const QString existing = dir.filePath("a.txt");
         QFile f(existing);

@@ -22,24 +22,21 @@ namespace {
 
 // What the numeric test of text boxes accepts: blanks, an optional sign, digits with one point,
 // an optional exponent.
-bool isNumeric(const QString& text)
-{
-    static const QRegularExpression re(QStringLiteral("^\\s*[-+]?(\\d+\\.?\\d*|\\.\\d+)([eEdD][-+]?\\d+)?\\s*$"));
+bool isNumeric(const QString& text) {
+    static const QRegularExpression re(
+        QStringLiteral("^\\s*[-+]?(\\d+\\.?\\d*|\\.\\d+)([eEdD][-+]?\\d+)?\\s*$"));
     return re.match(text).hasMatch();
 }
 
-QString clipboardText()
-{
+QString clipboardText() {
     const QClipboard* cb = QGuiApplication::clipboard();
     return cb ? cb->text() : QString();
 }
 
 } // namespace
 
-void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric)
-{
-    if (keyCode >= 0 && keyCode < 32 && keyCode != 22)
-        return;
+void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric) {
+    if (keyCode >= 0 && keyCode < 32 && keyCode != 22) return;
     const int current = ByteLen(box->text()) - box->selectedText().size();
     QString insert;
     if (keyCode == 22) {
@@ -57,8 +54,7 @@ void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric)
         }
         insert = QString(QChar(char16_t(keyCode < 0 ? -keyCode : keyCode)));
     }
-    if (numeric == 0)
-        return;
+    if (numeric == 0) return;
 
     const QString text = box->text();
     const int selStart = box->hasSelectedText() ? box->selectionStart() : box->cursorPosition();
@@ -66,7 +62,8 @@ void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric)
     const QString result = text.left(selStart) + insert + text.mid(selStart + selLen);
     if (keyCode != 22) {
         const QChar c = insert.at(0);
-        if (c == QLatin1Char('-') && (selStart != 0 || (result.size() > 1 && result[1] == QLatin1Char('-')))) {
+        if (c == QLatin1Char('-') &&
+            (selStart != 0 || (result.size() > 1 && result[1] == QLatin1Char('-')))) {
             keyCode = 0;
             return;
         }
@@ -76,52 +73,45 @@ void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric)
             return;
         }
     }
-    if (!isNumeric(result))
-        keyCode = 0;
+    if (!isNumeric(result)) keyCode = 0;
 }
 
 KeyInputFilter::KeyInputFilter(QLineEdit* box, int max, bool numeric)
-    : QObject(box), m_box(box), m_max(max), m_numeric(numeric)
-{
+    : QObject(box)
+    , m_box(box)
+    , m_max(max)
+    , m_numeric(numeric) {
     box->installEventFilter(this);
 }
 
-bool KeyInputFilter::allow(int key)
-{
+bool KeyInputFilter::allow(int key) {
     int max = m_max;
     int numeric = m_numeric ? -1 : 0;
     FilterKeyInput(m_box, key, max, numeric);
     return key != 0;
 }
 
-bool KeyInputFilter::eventFilter(QObject* watched, QEvent* event)
-{
-    if (watched != m_box)
-        return false;
+bool KeyInputFilter::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != m_box) return false;
     if (event->type() == QEvent::KeyPress) {
         auto* ke = static_cast<QKeyEvent*>(event);
-        if (ke->matches(QKeySequence::Paste))
-            return !allow(22);
+        if (ke->matches(QKeySequence::Paste)) return !allow(22);
         const QString t = ke->text();
-        if (t.isEmpty() || t[0].unicode() < 32 || (ke->modifiers() & Qt::ControlModifier))
-            return false;
+        if (t.isEmpty() || t[0].unicode() < 32 || (ke->modifiers() & Qt::ControlModifier)) return false;
         for (const QChar c : t)
-            if (!allow(c.unicode() > 127 ? -int(c.unicode()) : int(c.unicode())))
-                return true;
+            if (!allow(c.unicode() > 127 ? -int(c.unicode()) : int(c.unicode()))) return true;
         return false;
     }
     if (event->type() == QEvent::InputMethod) {
         auto* ie = static_cast<QInputMethodEvent*>(event);
         const QString t = ie->commitString();
-        if (t.isEmpty())
-            return false;
+        if (t.isEmpty()) return false;
         // Checked character by character, as if typed one after the other.
         const QString before = m_box->text();
         const int cursor = m_box->cursorPosition();
         QString accepted;
         for (const QChar c : t) {
-            if (!allow(c.unicode() > 127 ? -int(c.unicode()) : int(c.unicode())))
-                break;
+            if (!allow(c.unicode() > 127 ? -int(c.unicode()) : int(c.unicode()))) break;
             accepted += c;
             m_box->insert(QString(c));
         }
@@ -135,26 +125,24 @@ bool KeyInputFilter::eventFilter(QObject* watched, QEvent* event)
     return false;
 }
 
-KeyInputFilter* attachKeyFilter(QLineEdit* box, int max, bool numeric) { return new KeyInputFilter(box, max, numeric); }
+KeyInputFilter* attachKeyFilter(QLineEdit* box, int max, bool numeric) {
+    return new KeyInputFilter(box, max, numeric);
+}
 
-void CenterForm(QWidget* form)
-{
+void CenterForm(QWidget* form) {
     const QScreen* s = form->screen() ? form->screen() : QGuiApplication::primaryScreen();
-    if (!s)
-        return;
+    if (!s) return;
     const QRect r = s->availableGeometry();
     form->move(r.left() + (r.width() - form->width()) / 2, r.top() + (r.height() - form->height()) / 2);
 }
 
-void CenterOnForm(QWidget* control, QWidget* form)
-{
+void CenterOnForm(QWidget* control, QWidget* form) {
     const QRect inner = form->contentsRect();
     control->move(inner.left() + (inner.width() - control->width()) / 2,
                   inner.top() + (inner.height() - control->height()) / 2);
 }
 
-void ExpandAllNodes(QTreeWidget* tree)
-{
+void ExpandAllNodes(QTreeWidget* tree) {
     for (QTreeWidgetItemIterator it(tree); *it; ++it)
         (*it)->setExpanded(true);
 }
@@ -163,8 +151,8 @@ void ExpandAllNodes(QTreeWidget* tree)
 
 namespace zq {
 
-QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QString& title, const QString& filter)
-{
+QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QString& title,
+                 const QString& filter) {
     Q_UNUSED(number) // handed over unchanged by every caller; the dialog here has no setting it maps to
     FileRequest r;
     r.mode = FileRequest::Open;
@@ -173,17 +161,13 @@ QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QStr
     r.filter = filter;
     r.fileName = fileName;
     const QString path = prompts().file(r);
-    if (path.isEmpty())
-        return {};
+    if (path.isEmpty()) return {};
     const QFileInfo fi(path);
-    if (r.flags & cdlOFNFileMustExist)
-        return fi.isFile() ? path : QString();
-    if ((r.flags & cdlOFNPathMustExist) && !fi.absoluteDir().exists())
-        return {};
+    if (r.flags & cdlOFNFileMustExist) return fi.isFile() ? path : QString();
+    if ((r.flags & cdlOFNPathMustExist) && !fi.absoluteDir().exists()) return {};
     if ((r.flags & cdlOFNCreatePrompt) && !fi.exists()) {
         const QString ask = fi.fileName() + QStringLiteral("\n该文件不存在。要创建该文件吗?");
-        if (ShowMsg(ask, vbYesNo + vbExclamation, title) != vbYes)
-            return {};
+        if (ShowMsg(ask, vbYesNo + vbExclamation, title) != vbYes) return {};
     }
     return path;
 }

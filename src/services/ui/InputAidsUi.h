@@ -34,7 +34,8 @@ KeyInputFilter* attachKeyFilter(QLineEdit* box, int max, bool numeric = false);
 
 // The file dialog through the prompt service: mode 1 opens an existing file, any other mode saves
 // (asking before a new file is made). The empty text on cancel.
-QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QString& title, const QString& filter);
+QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QString& title,
+                 const QString& filter);
 
 void CenterForm(QWidget* form);
 void CenterOnForm(QWidget* control, QWidget* form);
