@@ -18,6 +18,17 @@ struct Context {
     QSqlDatabase raw;
 };
 
+// A second database beside the benchmark's own, for work that must not touch it: the file with
+// "." + tag + ".db" added, or the server database with "_" + tag.
+inline ConnectionSettings scratchDatabase(const Context& c, const QString& tag) {
+    ConnectionSettings s = c.settings;
+    if (s.sqlData == 0)
+        s.userPath += QLatin1Char('.') + tag + QStringLiteral(".db");
+    else
+        s.defaultDb += QLatin1Char('_') + tag;
+    return s;
+}
+
 // A named operation. `run` does the work through the system; `baseline`, when there is one, does
 // the same work with the fewest plain SQL statements through the bare driver. `prepare` runs once
 // before either is timed.

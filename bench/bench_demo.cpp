@@ -31,12 +31,7 @@ int persons(const Context& c) {
 }
 
 ConnectionSettings scratch(const Context& c) {
-    ConnectionSettings s = c.settings;
-    if (s.sqlData == 0)
-        s.userPath += QStringLiteral(".generate.db");
-    else
-        s.defaultDb += QStringLiteral("_generate");
-    return s;
+    return zq::bench::scratchDatabase(c, QStringLiteral("generate"));
 }
 
 void drop(const ConnectionSettings& s) {

@@ -34,12 +34,7 @@ constexpr int kCards = 1000;
 const QString kRaw = QStringLiteral("zqbench_print_raw");
 
 ConnectionSettings scratch(const Context& c) {
-    ConnectionSettings s = c.settings;
-    if (s.sqlData == 0)
-        s.userPath += QStringLiteral(".print.db");
-    else
-        s.defaultDb += QStringLiteral("_print");
-    return s;
+    return zq::bench::scratchDatabase(c, QStringLiteral("print"));
 }
 
 QString pdfPath(const Context& c) {
