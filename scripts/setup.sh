@@ -10,6 +10,7 @@ packages=(
   postgresql postgresql-contrib
   fonts-wqy-zenhei poppler-utils
   xvfb xauth
+  ccache antiword libzip-dev
 )
 
 missing=()

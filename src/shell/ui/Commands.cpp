@@ -5,6 +5,8 @@
 
 #include <QDialog>
 #include <QPointer>
+#include <map>
+#include <utility>
 
 namespace zq {
 
@@ -16,11 +18,26 @@ std::vector<Command>& systemTable() {
 
 std::vector<Command>* scopedTable = nullptr;
 
-std::vector<Command>& table() {
-    if (scopedTable) return *scopedTable;
-    static const bool registered = (registerScreens(), true);
+// The system rows and forms are registered once, into the system table even while a test's scope
+// is in force, so that forms stay reachable by name.
+void ensureRegistered() {
+    static const bool registered = [] {
+        std::vector<Command>* scope = std::exchange(scopedTable, nullptr);
+        registerScreens();
+        scopedTable = scope;
+        return true;
+    }();
     Q_UNUSED(registered);
-    return systemTable();
+}
+
+std::vector<Command>& table() {
+    ensureRegistered();
+    return scopedTable ? *scopedTable : systemTable();
+}
+
+std::map<QString, FormFactory>& forms() {
+    static std::map<QString, FormFactory> f;
+    return f;
 }
 
 ModalRunner& runner() {
@@ -31,6 +48,13 @@ ModalRunner& runner() {
 
 void registerScreens() {
     // Each screen area adds its rows here, in the order of the menu table; the first match wins.
+    // Screens opened by other screens are also registered by name (registerForm).
+
+    // personnel browser
+    // master record and transfer dialog
+    // department register
+    // report flow
+    // field settings and staff picker
 
     // The two card keys print at once instead of showing a screen, the supervisor's way (3) or
     // the user's (1).
@@ -75,6 +99,26 @@ bool runCommand(const QString& key, qint16 state) {
     showModal(*screen);
     delete screen.data();
     return true;
+}
+
+void registerForm(const QString& name, FormFactory factory) {
+    forms()[name] = std::move(factory);
+}
+
+bool hasForm(const QString& name) {
+    ensureRegistered();
+    return forms().count(name) > 0;
+}
+
+int openForm(const QString& name, QWidget* parent, const QVariantMap& settings) {
+    if (!hasForm(name)) return -1;
+    QPointer<QDialog> screen = forms()[name](parent);
+    if (!screen) return -1;
+    for (auto it = settings.begin(); it != settings.end(); ++it)
+        screen->setProperty(it.key().toUtf8().constData(), it.value());
+    const int result = showModal(*screen);
+    delete screen.data();
+    return result;
 }
 
 void setModalRunner(ModalRunner r) {

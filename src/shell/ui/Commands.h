@@ -3,9 +3,11 @@
 #include <functional>
 #include <QString>
 #include <QStringList>
+#include <QVariantMap>
 #include <vector>
 
 class QDialog;
+class QWidget;
 
 namespace zq {
 
@@ -38,6 +40,17 @@ bool runCommand(const QString& key, qint16 state);
 using ModalRunner = std::function<int(QDialog&)>;
 void setModalRunner(ModalRunner runner);
 int showModal(QDialog& screen);
+
+// Screens that other screens open by name: the browser its record screens, the master record the
+// department register, a staff button the picker. A caller that finds no such screen greys its
+// button. A screen's public settings are its Qt properties; it runs its load steps when first
+// shown, so settings assigned before showing take effect.
+using FormFactory = std::function<QDialog*(QWidget* parent)>;
+void registerForm(const QString& name, FormFactory factory);
+bool hasForm(const QString& name);
+// Creates the screen under parent, assigns the settings as properties, shows it modally and
+// deletes it. The modal result, or -1 when there is no such screen (nothing is shown).
+int openForm(const QString& name, QWidget* parent, const QVariantMap& settings = {});
 
 // Replaces the whole table for its lifetime, so that a test sees only the rows it registers.
 class CommandTableScope {
