@@ -11,7 +11,8 @@ class ZqGrid;
 // A person's sub-record rows (keyed by fCode, ordered by fOrderID) in a grid, for the person in
 // hand (CurPersonCode). fieldList is in grid column order, without fOrderID and fCode; condition
 // is an extra condition without its leading word, or empty.
-void LoadGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, const QString& condition = {});
+void LoadGridRows(const QString& table, const QString& fieldList, ZqGrid& grid,
+                  const QString& condition = {});
 // Replaces the person's rows (of the condition) by the grid's rows in one transaction. -1 when
 // saved, 0 when not (rolled back, no message: the caller decides).
 int SaveGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, const QString& condition = {});

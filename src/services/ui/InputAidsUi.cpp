@@ -129,6 +129,26 @@ KeyInputFilter* attachKeyFilter(QLineEdit* box, int max, bool numeric) {
     return new KeyInputFilter(box, max, numeric);
 }
 
+namespace {
+// Swallows Enter, so that the dialog does not press its default button, and sends a tab instead.
+class EnterAsTab : public QObject {
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() != QEvent::KeyPress) return false;
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key != Qt::Key_Return && key != Qt::Key_Enter) return false;
+        QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
+        QCoreApplication::sendEvent(watched, &tab);
+        return true;
+    }
+};
+} // namespace
+
+void SendTabOnEnter(QLineEdit* box) {
+    box->installEventFilter(new EnterAsTab(box));
+}
+
 void CenterForm(QWidget* form) {
     const QScreen* s = form->screen() ? form->screen() : QGuiApplication::primaryScreen();
     if (!s) return;

@@ -38,6 +38,9 @@ QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QStr
                  const QString& filter);
 
 void CenterForm(QWidget* form);
+// Enter in the box moves on to the next field, as a tab key stroke would, instead of pressing the
+// dialog's default button.
+void SendTabOnEnter(QLineEdit* box);
 void CenterOnForm(QWidget* control, QWidget* form);
 void ExpandAllNodes(QTreeWidget* tree);
 

@@ -1,6 +1,8 @@
 #include "Commands.h"
 
 #include "printing/Print.h"
+#include "printing/frmRs_RptSet.h"
+#include "printing/frmRs_list.h"
 #include "shell/Globals.h"
 
 #include <QDialog>
@@ -54,7 +56,8 @@ void registerScreens() {
     // master record and transfer dialog
     // department register
     // report flow
-    // field settings and staff picker
+    registerForm(QStringLiteral("frmRs_RptSet"), [](QWidget* parent) { return new frmRs_RptSet(parent); });
+    registerForm(QStringLiteral("frmRs_list"), [](QWidget* parent) { return new frmRs_list(parent); });
 
     // The two card keys print at once instead of showing a screen, the supervisor's way (3) or
     // the user's (1).
