@@ -42,32 +42,6 @@ QString pdfPath(const Context& c) {
                                    : QStringLiteral("/tmp/%1.pdf").arg(scratch(c).defaultDb);
 }
 
-// A passport-style photo: 358 x 441 pixels of JPEG, some 20 KB, each a little different.
-QByteArray photo(int seed) {
-    QImage img(358, 441, QImage::Format_RGB32);
-    QRandomGenerator random{quint32(seed)};
-    for (int y = 0; y < img.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(img.scanLine(y));
-        for (int x = 0; x < img.width(); ++x) {
-            const int n = int(random.bounded(24));
-            line[x] = qRgb(200 - y / 6 + n, 215 - y / 8 + n, 235 - y / 10 + n);
-        }
-    }
-    QPainter p(&img);
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setPen(Qt::NoPen);
-    p.setBrush(QColor::fromHsv(seed * 37 % 360, 90, 120));
-    p.drawEllipse(QRectF(40, 300, 278, 260));
-    p.setBrush(QColor(232, 190, 160));
-    p.drawEllipse(QRectF(109, 90, 140, 180));
-    p.end();
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    img.save(&buffer, "JPG", 85);
-    return bytes;
-}
-
 void prepare(Context& c) {
     const ConnectionSettings s = scratch(c);
     if (!zq::demo::holdsSchema(s)) {
@@ -99,7 +73,7 @@ void prepare(Context& c) {
     q.prepare(QStringLiteral("update tRsBasic set fphoto=? where fCode=?"));
     raw.transaction();
     for (int i = 0; i < codes.size(); ++i) {
-        q.bindValue(0, photo(i + 1));
+        q.bindValue(0, demo::portraitJpeg(i + 1));
         q.bindValue(1, codes.at(i));
         if (!q.exec()) throw DbError(q.lastError().text());
     }

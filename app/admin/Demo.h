@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/Connection.h"
+#include <QByteArray>
 
 #include <functional>
 #include <QMap>
@@ -57,5 +58,8 @@ bool holdsSchema(const ConnectionSettings& s);
 QChar idCardCheckDigit(QStringView first17);
 // An 18-character identity card number with digits only (but a final X) and a matching check.
 bool idCardValid(QStringView number);
+
+// A passport-style photo as JPEG, 358 x 441 pixels and some 20 KB, a little different per seed.
+QByteArray portraitJpeg(int seed);
 
 } // namespace zq::demo

@@ -1,5 +1,6 @@
 #include "TestDb.h"
 
+#include "admin/Demo.h"
 #include "printing/CardDocument.h"
 #include "printing/Photos.h"
 #include "printing/PreviewDialog.h"
@@ -70,20 +71,6 @@ int pdfImages(const QString& pdf) {
            2;
 }
 
-QByteArray photo(int seed) {
-    QImage img(300, 400, QImage::Format_RGB32);
-    img.fill(QColor::fromHsv(seed * 37 % 360, 80, 230));
-    QPainter p(&img);
-    p.setBrush(QColor::fromHsv(seed * 53 % 360, 120, 140));
-    p.drawEllipse(90, 70, 120, 150);
-    p.end();
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    img.save(&buffer, "JPG", 85);
-    return bytes;
-}
-
 void exec(const QString& sql, const QVariantList& values) {
     QSqlQuery q(conn().database());
     QVERIFY2(q.prepare(sql), qPrintable(q.lastError().text()));
@@ -141,9 +128,9 @@ private slots:
     }
 
     void personCardsCarryCaptionsValuesAndPhotos() {
-        addPerson(QStringLiteral("A001"), QStringLiteral("张晓梅"), 1, photo(1));
-        addPerson(QStringLiteral("A002"), QStringLiteral("欧阳建国"), 1, photo(2));
-        addPerson(QStringLiteral("A003"), QStringLiteral("离职者"), 2, photo(3));
+        addPerson(QStringLiteral("A001"), QStringLiteral("张晓梅"), 1, demo::portraitJpeg(1));
+        addPerson(QStringLiteral("A002"), QStringLiteral("欧阳建国"), 1, demo::portraitJpeg(2));
+        addPerson(QStringLiteral("A003"), QStringLiteral("离职者"), 2, demo::portraitJpeg(3));
         addPerson(QStringLiteral("A004"), QStringLiteral("无照片"), 1);
         PrintPersonCard(1, QStringLiteral("RsCard"), QStringLiteral("RsCard_01"), QStringLiteral("fZt=1"));
         QVERIFY(m_prompts->messages().isEmpty());
@@ -161,7 +148,7 @@ private slots:
     }
 
     void fullPageTemplatesPrintOneRecordAPage() {
-        addPerson(QStringLiteral("B001"), QStringLiteral("陈静"), 1, photo(4));
+        addPerson(QStringLiteral("B001"), QStringLiteral("陈静"), 1, demo::portraitJpeg(4));
         addPerson(QStringLiteral("B002"), QStringLiteral("刘洋"), 1);
         exec(QStringLiteral("insert into tRsDetail (fCode,fRsDetail1,fRsDetail2) values (?,?,?)"),
              {QStringLiteral("B001"), QStringLiteral("书法、围棋和长跑"), QStringLiteral("二胡演奏")});
