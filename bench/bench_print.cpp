@@ -73,7 +73,7 @@ void prepare(Context& c) {
     q.prepare(QStringLiteral("update tRsBasic set fphoto=? where fCode=?"));
     raw.transaction();
     for (int i = 0; i < codes.size(); ++i) {
-        q.bindValue(0, demo::portraitJpeg(i + 1));
+        q.bindValue(0, zq::demo::portraitJpeg(i + 1));
         q.bindValue(1, codes.at(i));
         if (!q.exec()) throw DbError(q.lastError().text());
     }
