@@ -3,6 +3,7 @@
 #include "shell/Connection.h"
 
 #include <functional>
+#include <QFile>
 #include <QSqlDatabase>
 #include <QString>
 #include <vector>
@@ -27,6 +28,15 @@ inline ConnectionSettings scratchDatabase(const Context& c, const QString& tag) 
     else
         s.defaultDb += QLatin1Char('_') + tag;
     return s;
+}
+
+// The peak resident memory of the process so far, in MiB (0 where the system does not tell).
+inline double peakRssMb() {
+    QFile f(QStringLiteral("/proc/self/status"));
+    if (!f.open(QIODevice::ReadOnly)) return 0;
+    for (const QByteArray& line : f.readAll().split('\n'))
+        if (line.startsWith("VmHWM:")) return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+    return 0;
 }
 
 // A named operation. `run` does the work through the system; `baseline`, when there is one, does

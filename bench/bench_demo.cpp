@@ -22,6 +22,7 @@ namespace {
 using zq::ConnectionSettings;
 using zq::DbError;
 using zq::bench::Context;
+using zq::bench::peakRssMb;
 
 int persons(const Context& c) {
     const QStringList args = QCoreApplication::arguments();
@@ -45,14 +46,6 @@ void drop(const ConnectionSettings& s) {
     zq::Connection a;
     a.open(admin);
     a.execute(QStringLiteral("drop database if exists %1").arg(s.defaultDb));
-}
-
-double peakRssMb() {
-    QFile f(QStringLiteral("/proc/self/status"));
-    if (!f.open(QIODevice::ReadOnly)) return 0;
-    for (const QByteArray& line : f.readAll().split('\n'))
-        if (line.startsWith("VmHWM:")) return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
-    return 0;
 }
 
 double lastOurs = 0;

@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "office/frmBg_Report.h"
 #include "printing/Print.h"
 #include "printing/frmRs_RptSet.h"
 #include "printing/frmRs_list.h"
@@ -52,10 +53,17 @@ void registerScreens() {
     // Each screen area adds its rows here, in the order of the menu table; the first match wins.
     // Screens opened by other screens are also registered by name (registerForm).
 
-    // personnel browser
+    // The staff register opens on the state of its key: 1 in service, 2 left.
+    QDialog* newPersonBrowser(QWidget* parent); // personnel/frmRs_Person.cpp
+    for (const auto& [key, state] : {std::pair{QStringLiteral("mnuRsManIn"), 1},
+                                     std::pair{QStringLiteral("mnuRsManOut"), 2}})
+        registerCommand({key}, [] { return newPersonBrowser(nullptr); },
+                        [state](QDialog& d, qint16) { d.setProperty("RsState", state); });
+    registerForm(QStringLiteral("frmRs_Person"), newPersonBrowser);
     // master record and transfer dialog
     // department register
-    // report flow
+    registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
+                    [] { return new frmBg_Report; });
     registerForm(QStringLiteral("frmRs_RptSet"), [](QWidget* parent) { return new frmRs_RptSet(parent); });
     registerForm(QStringLiteral("frmRs_list"), [](QWidget* parent) { return new frmRs_list(parent); });
 

@@ -1,0 +1,131 @@
+#include "PersonBrowserData.h"
+
+#include "services/InputAids.h"
+#include "services/Lookups.h"
+#include "shell/Connection.h"
+#include "shell/Recordset.h"
+#include "shell/Rights.h"
+#include "shell/SqlText.h"
+
+namespace zq {
+
+namespace {
+int currentState = 1;
+
+int countOf(const QString& sql) {
+    Recordset rs(conn(), sql);
+    return rs.eof() ? 0 : int(rs.val(0));
+}
+
+QString personInState(const QString& code, int rsState) {
+    return QStringLiteral("select * from trsbasic where fcode = ") + quoted(code) +
+           QStringLiteral(" and fzt=") + num(rsState);
+}
+} // namespace
+
+int CurrentRsState() {
+    return currentState;
+}
+
+void SetCurrentRsState(int state) {
+    currentState = state;
+}
+
+QString BrowserModelKey(int rsState) {
+    return rsState == 1 ? QStringLiteral("mnuRsManIn") : QStringLiteral("mnuRsManOut");
+}
+
+bool SplitSpouseTable() {
+    if (CountRows(QStringLiteral("tRsBasic_P"), QStringLiteral("1=2")) != -1) return false;
+    Connection& c = conn();
+    c.execute(c.dialect().selectInto(
+        QStringLiteral("tRsBasic_P"),
+        QStringLiteral(
+            "Select fCode,fpName,fpBirthday,fpZz,fpMz,fpHj,fpJg,fpPhone,fpXl,fpRz,fpDw From tRsBasic")));
+    c.execute(QStringLiteral(
+        "Update RptListDetail Set fTable='tRsBasic_P' Where fTable='tRsBasic' And OrderID>=69"));
+    return true;
+}
+
+QString PersonListCondition(int rsState, const QString& deptCode, const QString& seekCondition,
+                            const QString& detailCondition) {
+    QString condition = QStringLiteral("a.fzt=") + num(rsState);
+    if (!deptCode.isEmpty())
+        condition += QStringLiteral(" And a.fbmcode like '") + checked(deptCode) + QStringLiteral("%'");
+    if (!seekCondition.isEmpty())
+        condition += QStringLiteral(" And ") + QualifyCondition(seekCondition, QStringLiteral("a."), -1);
+    if (!detailCondition.isEmpty()) condition += QStringLiteral(" And ") + detailCondition;
+    return condition;
+}
+
+QString PersonListSql(const QString& gridFieldList, const QString& condition, bool joinDetail) {
+    return QStringLiteral("Select ") + QualifyCondition(gridFieldList, QStringLiteral("a."), 0) +
+           QStringLiteral(" from trsbasic a ") +
+           (joinDetail ? QStringLiteral(" Left Join tRsDetail b On a.fCode=b.fCode ") : QString()) +
+           QStringLiteral(" Where ") + condition + QStringLiteral(" order by a.fcode");
+}
+
+QVector<QStringList> ReadRows(const QString& sql) {
+    QVector<QStringList> rows;
+    Recordset rs(conn(), sql);
+    const int fields = rs.fieldCount();
+    for (; !rs.eof(); rs.moveNext()) {
+        QStringList row;
+        row.reserve(fields);
+        for (int j = 0; j < fields; ++j)
+            row << rs.text(j);
+        rows << std::move(row);
+    }
+    return rows;
+}
+
+QString DetailCardSql(const QString& condition) {
+    return QStringLiteral("Select a.*,b.fRsDetail1,b.fRsDetail2,b.fRsDetail3,b.fRsDetail4 from trsbasic a ") +
+           QStringLiteral(" Left Join tRsDetail b On a.fCode=b.fCode ") + QStringLiteral(" Where ") +
+           condition + QStringLiteral(" order by a.fcode");
+}
+
+void DeletePerson(const QString& code, const QString& name, int rsState) {
+    Transaction t(conn());
+    conn().execute(QStringLiteral("delete from trsbasic where fcode=") + quoted(code) +
+                   QStringLiteral(" and fzt=") + num(rsState));
+    t.commit();
+    WriteLogRecord(QStringLiteral("删除员工记录 [") + code + QLatin1Char('-') + name + QLatin1Char(']'));
+}
+
+int UnreturnedTools(const QString& code) {
+    return countOf(
+        QStringLiteral(
+            "Select Count(*) from trsLoanTools where (backtime=Null or backtime='') and fcode = ") +
+        quoted(code));
+}
+
+int UnreturnedGoods(const QString& code) {
+    // A missing return time is no date either: the coalesce keeps that reading on both engines.
+    return countOf(QStringLiteral("Select Count(*) from tRsLoanGoods where Not ") +
+                   conn().dialect().isDate(QStringLiteral("coalesce(backtime,'')")) +
+                   QStringLiteral(" And fcode = ") + quoted(code));
+}
+
+bool SetPersonLeft(const QString& code, int rsState, int reason) {
+    Transaction t(conn());
+    Recordset rs(conn(), personInState(code, rsState), Cursor::Keyset, Lock::Optimistic);
+    const bool found = !rs.eof();
+    if (found) {
+        rs.setValue(QStringLiteral("fzt"), reason + 2);
+        rs.update();
+    }
+    rs.close();
+    t.commit();
+    return found;
+}
+
+bool ReinstatePerson(const QString& code, int rsState) {
+    Recordset rs(conn(), personInState(code, rsState), Cursor::Keyset, Lock::Optimistic);
+    if (rs.eof()) return false;
+    rs.setValue(QStringLiteral("fzt"), 1);
+    rs.update();
+    return true;
+}
+
+} // namespace zq

@@ -1,0 +1,408 @@
+#include "TestDb.h"
+
+#include "personnel/frmRs_Person.h"
+#include "personnel/PersonBrowserData.h"
+#include "printing/PrintOutput.h"
+#include "services/ui/BriefDialog.h"
+#include "services/ui/DeptTree.h"
+#include "services/ui/Grid.h"
+#include "shell/Globals.h"
+#include "shell/Prompts.h"
+#include "shell/Recordset.h"
+#include "shell/ui/Commands.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+
+using namespace zq;
+
+namespace {
+void exec(const QString& sql) {
+    conn().execute(sql);
+}
+
+QString one(const QString& sql) {
+    Recordset rs(conn(), sql);
+    return rs.eof() ? QString() : rs.text(0);
+}
+
+template <typename T> T* child(QWidget& w, const QString& name) {
+    T* c = w.findChild<T*>(name);
+    if (!c) qFatal("no child %s", qPrintable(name));
+    return c;
+}
+
+void click(QWidget& w, const char* name) {
+    child<QPushButton>(w, QLatin1String(name))->click();
+}
+
+void trigger(QWidget& w, const char* name) {
+    child<QAction>(w, QLatin1String(name))->trigger();
+}
+
+void person(const QString& code, const QString& name, int state, const QString& dept) {
+    exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt,fBmCode) values ('%1','%2',%3,'%4')")
+             .arg(code, name)
+             .arg(state)
+             .arg(dept));
+}
+
+void dept(const QString& code, const QString& name) {
+    exec(QStringLiteral("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('%1','%2',0,0)")
+             .arg(code, name));
+}
+
+QStringList codes(frmRs_Person& w) {
+    auto* grid = child<ZqGrid>(w, QStringLiteral("Grid1"));
+    QStringList c;
+    for (int r = 1; r <= grid->maxRows(); ++r)
+        c << grid->text(r, 1);
+    return c;
+}
+
+void chooseState(frmRs_Person& w, int index) {
+    child<QComboBox>(w, QStringLiteral("cboZT"))->setCurrentIndex(index);
+    w.cboZT_Click();
+}
+
+QRadioButton* optLeft(frmRs_Person& w, int i) {
+    return child<QRadioButton>(w, QStringLiteral("optLeft(%1)").arg(i));
+}
+
+// The screen opened by name most recently, with the record screens standing in as empty dialogs.
+QStringList opened;
+} // namespace
+
+class TestPersonBrowser : public QObject {
+    Q_OBJECT
+    ScriptedPrompts* m_prompts = nullptr;
+
+private slots:
+    void initTestCase() {
+        for (const char* name : {"frmRs_PersonFamily", "frmRs_PersonDetailSeek"})
+            registerForm(QLatin1String(name), [name](QWidget* parent) {
+                auto* d = new QDialog(parent);
+                d->setObjectName(QLatin1String(name));
+                return d;
+            });
+        setModalRunner([](QDialog& d) {
+            opened << d.objectName();
+            if (d.objectName() == QLatin1String("frmRs_PersonDetailSeek")) {
+                d.setProperty("FilterString", QStringLiteral("1=1 And b.fRsDetail1 Like '%琴%'"));
+                d.accept();
+            }
+            return int(QDialog::Accepted);
+        });
+    }
+
+    void init() {
+        test::freshDatabase();
+        m_prompts = &scriptPrompts();
+        Globals& g = G();
+        g.UserName = g.ZgName = QStringLiteral("admin");
+        g.myPower = QString(350, QLatin1Char('1'));
+        g.CompName = QStringLiteral("测试公司");
+        g.CurPersonCode.clear();
+        g.CurPersonName.clear();
+        opened.clear();
+        dept("01", "生产部");
+        dept("0101", "一车间");
+        dept("02", "销售部");
+        person("001", "张三", 1, "0101");
+        person("002", "李四", 1, "02");
+        person("003", "王五", 3, "01");
+        person("004", "赵六", 2, "02");
+    }
+
+    void cleanup() { setBriefDriver(nullptr); }
+
+    void loadsStatesAndSplitsSpouseTableOnce() {
+        frmRs_Person w;
+        w.setProperty("RsState", 0); // below 1 is raised to 1
+        w.show();
+        QCOMPARE(w.rsState(), 1);
+        QCOMPARE(CurrentRsState(), 1);
+        auto* zt = child<QComboBox>(w, QStringLiteral("cboZT"));
+        QCOMPARE(zt->count(), 7);
+        QCOMPARE(zt->itemText(0), QString("在职"));
+        QCOMPARE(zt->itemText(1), QString("辞职"));
+        QCOMPARE(zt->currentIndex(), 0);
+        for (int i = 0; i < 6; ++i)
+            QCOMPARE(optLeft(w, i)->text(), zt->itemText(i + 1));
+        QCOMPARE(child<QPushButton>(w, QStringLiteral("cmdState"))->text(), QString("离职处理"));
+        QCOMPARE(codes(w), QStringList({"001", "002"}));
+        QCOMPARE(child<QLabel>(w, QStringLiteral("lblTotal"))->text(), QString("合计：2人"));
+        QCOMPARE(G().CurPersonCode, QString("001"));
+        QCOMPARE(G().CurPersonName, QString("张三"));
+        QCOMPARE(one("select count(*) from tRsBasic_P"), QString("4"));
+        QCOMPARE(one("select count(*) from RptListDetail where fTable='tRsBasic_P'"), QString("10"));
+        QVERIFY(!SplitSpouseTable());
+        // A record screen that is not installed cannot be chosen; one that is can.
+        QCOMPARE(child<QRadioButton>(w, QStringLiteral("OptSelect(1)"))->isEnabled(), true);
+        QCOMPARE(child<QRadioButton>(w, QStringLiteral("OptSelect(2)"))->isEnabled(),
+                 hasForm(QStringLiteral("frmRs_PersonResume")));
+    }
+
+    void emptyStateBriefStillReachesLeavers() {
+        exec("delete from briefDetail where briefType='rsstate'");
+        frmRs_Person w;
+        w.setRsState(2);
+        w.show();
+        auto* zt = child<QComboBox>(w, QStringLiteral("cboZT"));
+        QCOMPARE(zt->count(), 2);
+        QCOMPARE(zt->itemText(1), QString("离职"));
+        QCOMPARE(zt->currentIndex(), 1);
+        QVERIFY(zt->isEnabled());
+        QCOMPARE(child<QPushButton>(w, QStringLiteral("cmdState"))->text(), QString("恢复原职"));
+        QCOMPARE(optLeft(w, 0)->text(), QString("离职"));
+        QVERIFY(!optLeft(w, 0)->isHidden());
+        for (int i = 1; i < 6; ++i)
+            QVERIFY(optLeft(w, i)->isHidden());
+        QCOMPARE(codes(w), QStringList({"004"}));
+    }
+
+    void personInStateThreeIsDeletedOnlyThere() {
+        exec("insert into tRsFamily (fCode,fOrderID,fName) values ('003',1,'王妻')");
+        frmRs_Person w;
+        w.show();
+        QVERIFY(!codes(w).contains("003"));
+        chooseState(w, 2);
+        QCOMPARE(w.rsState(), 3);
+        QCOMPARE(codes(w), QStringList({"003"}));
+        QCOMPARE(G().CurPersonCode, QString("003"));
+        m_prompts->answer(vbYes);
+        click(w, "ComDel");
+        QCOMPARE(m_prompts->messages().last(), QString("请确认是否删除: 王五 (No: 003) ？"));
+        QCOMPARE(one("select count(*) from tRsBasic where fCode='003'"), QString("0"));
+        QCOMPARE(one("select count(*) from tRsFamily where fCode='003'"), QString("1"));
+        QCOMPARE(one("select count(*) from tRsBasic_P where fCode='003'"), QString("1"));
+        QCOMPARE(one("select count(*) from tSysLog where fText='删除员工记录 [003-王五]'"), QString("1"));
+        QCOMPARE(codes(w), QStringList());
+        QVERIFY(G().CurPersonCode.isEmpty());
+
+        // A person in another state is never deleted from this list.
+        G().CurPersonCode = QStringLiteral("001");
+        G().CurPersonName = QStringLiteral("张三");
+        m_prompts->answer(vbYes);
+        click(w, "ComDel");
+        QCOMPARE(one("select fzt from tRsBasic where fCode='001'"), QString("1"));
+    }
+
+    void leavingAsksForItemsOnLoan() {
+        exec("insert into trsLoanTools (fcode,goodsname,backtime) values ('001','扳手','')");
+        exec("insert into trsLoanTools (fcode,goodsname,backtime) values ('002','钳子',null)");
+        exec("insert into tRsLoanGoods (fcode,goodsname,backtime) values ('001','电脑',null)");
+        QCOMPARE(UnreturnedTools("001"), 1);
+        QCOMPARE(UnreturnedTools("002"), 0); // a null return time is not an unreturned tool
+        QCOMPARE(UnreturnedGoods("001"), 1);
+
+        frmRs_Person w;
+        w.show();
+        auto* panel = child<QFrame>(w, QStringLiteral("pictLZ"));
+        QVERIFY(!panel->isVisible());
+        click(w, "cmdState");
+        QVERIFY(panel->isVisible());
+        optLeft(w, 1)->setChecked(true);
+
+        m_prompts->answer(vbYes);
+        m_prompts->answer(vbNo);
+        click(w, "cmdLZOK");
+        QCOMPARE(m_prompts->messages(), QStringList({"张三：该员工进行离职处理，确定?",
+                                                     "该员工有工具物品没有归还,请查询...继续吗?"}));
+        QVERIFY(panel->isVisible());
+        QCOMPARE(one("select fzt from tRsBasic where fCode='001'"), QString("1"));
+
+        m_prompts->clear();
+        for (int i = 0; i < 3; ++i)
+            m_prompts->answer(vbYes);
+        click(w, "cmdLZOK");
+        QCOMPARE(m_prompts->messages().size(), 3);
+        QCOMPARE(m_prompts->messages().last(), QString("该员工有行政物品没有归还,请查询...继续吗?"));
+        QVERIFY(!panel->isVisible());
+        QCOMPARE(one("select fzt from tRsBasic where fCode='001'"), QString("3"));
+        QCOMPARE(one("select count(*) from tSysLog where fText='解聘 [001-张三]'"), QString("1"));
+        QCOMPARE(codes(w), QStringList({"002"}));
+        QCOMPARE(G().CurPersonCode, QString("002"));
+
+        // Esc closes the panel, not the screen.
+        click(w, "cmdState");
+        QTest::keyClick(&w, Qt::Key_Escape);
+        QVERIFY(!panel->isVisible());
+        QVERIFY(w.isVisible());
+    }
+
+    void reinstatingLeavesTheRowOnShow() {
+        frmRs_Person w;
+        w.setRsState(2);
+        w.show();
+        QCOMPARE(G().CurPersonCode, QString("004"));
+        m_prompts->answer(vbCancel);
+        click(w, "cmdState");
+        QCOMPARE(one("select fzt from tRsBasic where fCode='004'"), QString("2"));
+        m_prompts->answer(vbOK);
+        click(w, "cmdState");
+        QCOMPARE(m_prompts->messages().last(), QString("赵六已复职！"));
+        QCOMPARE(one("select fzt from tRsBasic where fCode='004'"), QString("1"));
+        QVERIFY(G().CurPersonCode.isEmpty());
+        QCOMPARE(codes(w), QStringList({"004"}));
+        QCOMPARE(one("select count(*) from tSysLog where fText like '%赵六%'"), QString("0"));
+        m_prompts->clear();
+        click(w, "cmdState");
+        QCOMPARE(m_prompts->messages(), QStringList({"先选择要复职的员工。"}));
+    }
+
+    void treeFiltersByDepartmentPrefix() {
+        frmRs_Person w;
+        w.show();
+        auto* tree = child<QTreeWidget>(w, QStringLiteral("Tree1"));
+        QTreeWidgetItem* root = tree->topLevelItem(0);
+        QVERIFY(root->text(0).contains("(共2人)"));
+        QTreeWidgetItem* prod = root->child(0);
+        QCOMPARE(prod->text(0), QString("生产部\t(共1人)"));
+        w.Tree1_NodeClick(prod);
+        QCOMPARE(w.treeDeptCode(), QString("01"));
+        QCOMPARE(codes(w), QStringList({"001"}));
+        QCOMPARE(G().CurPersonCode, QString("001"));
+        // The department already chosen: no refresh, but nobody is in hand.
+        w.Tree1_NodeClick(prod);
+        QVERIFY(G().CurPersonCode.isEmpty());
+        QCOMPARE(codes(w), QStringList({"001"}));
+        w.Tree1_NodeClick(root);
+        QCOMPARE(codes(w), QStringList({"001", "002"}));
+
+        // A person's node is found by name and keeps the department above it.
+        w.Tree1_NodeClick(AddNode(tree, prod, QStringLiteral("R1"), QStringLiteral("张三"), ImagePost));
+        QCOMPARE(G().CurPersonCode, QString("001"));
+        QCOMPARE(w.treeDeptCode(), QString("01"));
+        QCOMPARE(codes(w), QStringList({"001"}));
+    }
+
+    void refreshMovesToFirstRowWhenPersonIsGone() {
+        frmRs_Person w;
+        w.show();
+        auto* grid = child<ZqGrid>(w, QStringLiteral("Grid1"));
+        grid->setActiveCell(2, 1);
+        QCOMPARE(G().CurPersonCode, QString("002"));
+        exec("update tRsBasic set fzt=2 where fCode='002'");
+        w.RefreshPersonList();
+        QCOMPARE(G().CurPersonCode, QString("001"));
+        QCOMPARE(G().CurPersonName, QString("张三"));
+        QCOMPARE(grid->activeRow(), 1);
+    }
+
+    void searchesReplaceEachOther() {
+        exec("insert into tRsDetail (fCode,fRsDetail1) values ('002','钢琴十级')");
+        frmRs_Person w;
+        w.show();
+        setBriefDriver([](BriefDialog& d) {
+            QCOMPARE(d.mode(), 3);
+            child<QComboBox>(d, QStringLiteral("cboField"))
+                ->setCurrentIndex(child<QComboBox>(d, QStringLiteral("cboField"))->findText("姓名"));
+            auto* op = child<QComboBox>(d, QStringLiteral("cboOperator"));
+            op->setCurrentIndex(op->findText("like"));
+            child<QComboBox>(d, QStringLiteral("cboValue"))->setEditText("张*");
+            click(d, "cmdAddRow");
+            d.accept();
+        });
+        trigger(w, "mnuRsSeek1");
+        QVERIFY(!w.seekCondition().isEmpty());
+        QCOMPARE(codes(w), QStringList({"001"}));
+
+        trigger(w, "mnuRsSeek2");
+        QCOMPARE(opened.last(), QString("frmRs_PersonDetailSeek"));
+        QVERIFY(w.seekCondition().isEmpty());
+        QCOMPARE(w.detailCondition(), QString("1=1 And b.fRsDetail1 Like '%琴%'"));
+        QCOMPARE(codes(w), QStringList({"002"}));
+
+        trigger(w, "mnuRsSeek1");
+        QVERIFY(w.detailCondition().isEmpty());
+        QCOMPARE(codes(w), QStringList({"001"}));
+
+        // A cancelled search keeps the condition in force.
+        setBriefDriver([](BriefDialog& d) { d.reject(); });
+        trigger(w, "mnuRsSeek1");
+        QCOMPARE(codes(w), QStringList({"001"}));
+    }
+
+    void printsTheListWithItsState() {
+        QTemporaryDir dir;
+        const QString pdf = dir.filePath(QStringLiteral("list.pdf"));
+        PrintOutput::setPdfPath(pdf);
+        frmRs_Person w;
+        w.show();
+        trigger(w, "mnuPntList");
+        PrintOutput::setPdfPath(QString());
+        QProcess p;
+        p.start(QStringLiteral("pdftotext"),
+                {QStringLiteral("-enc"), QStringLiteral("UTF-8"), pdf, QStringLiteral("-")});
+        QVERIFY(p.waitForFinished());
+        const QString text = QString::fromUtf8(p.readAllStandardOutput()).remove(QLatin1Char(' '));
+        QVERIFY2(text.contains("员工名单") && text.contains("李四") && text.contains("在职"),
+                 qPrintable(text));
+        QVERIFY(!text.contains("王五"));
+    }
+
+    void rightsAreRefused() {
+        frmRs_Person w;
+        w.show();
+        G().myPower = QString(350, QLatin1Char('0'));
+        click(w, "ComAdd");
+        QCOMPARE(m_prompts->messages().last(), QString("对不起!你无权进入..."));
+        click(w, "cmdChg");
+        QCOMPARE(m_prompts->messages().last(), QString("对不起!你无权进入..."));
+        click(w, "ComDel");
+        QCOMPARE(m_prompts->messages().last(), QString("对不起!你无权进入..."));
+        click(w, "cmdState");
+        QCOMPARE(m_prompts->messages().last(), QString("对不起!你无权操作..."));
+        QVERIFY(!child<QFrame>(w, QStringLiteral("pictLZ"))->isVisible());
+        QVERIFY(opened.isEmpty());
+        QCOMPARE(one("select count(*) from tRsBasic"), QString("4"));
+
+        // An ordinary user cannot switch to leavers without the right; the list stays.
+        G().UserName = QStringLiteral("clerk");
+        chooseState(w, 1);
+        QCOMPARE(child<QComboBox>(w, QStringLiteral("cboZT"))->currentIndex(), -1);
+        QCOMPARE(w.rsState(), 1);
+        QCOMPARE(codes(w), QStringList({"001", "002"}));
+    }
+
+    void ordinaryUserCannotPickStateInService() {
+        G().UserName = QStringLiteral("clerk");
+        frmRs_Person w;
+        w.show();
+        QVERIFY(!child<QComboBox>(w, QStringLiteral("cboZT"))->isEnabled());
+        QCOMPARE(codes(w), QStringList({"001", "002"}));
+    }
+
+    void recordScreensOpenOnThePersonInHand() {
+        frmRs_Person w;
+        w.show();
+        // A sub-record screen in add mode never adds a person and needs one in hand.
+        child<QRadioButton>(w, QStringLiteral("OptSelect(1)"))->setChecked(true);
+        G().CurPersonCode.clear();
+        click(w, "ComAdd");
+        QCOMPARE(m_prompts->messages().last(), QString("请先选择员工。"));
+        QVERIFY(opened.isEmpty());
+        G().CurPersonCode = QStringLiteral("002");
+        click(w, "cmdOpen");
+        QCOMPARE(opened, QStringList({"frmRs_PersonFamily"}));
+        QCOMPARE(G().PersonEditMode, qint16(0));
+        click(w, "cmdChg");
+        QCOMPARE(G().PersonEditMode, qint16(2));
+        QCOMPARE(opened.size(), 2);
+        QCOMPARE(G().CurPersonCode, QString("002")); // the list was not refreshed
+    }
+};
+
+ZQ_DB_TEST_MAIN(TestPersonBrowser)
+#include "test_person_browser.moc"

@@ -1,0 +1,138 @@
+#include "services/Documents.h"
+#include "services/InputAids.h"
+
+#include <QFile>
+#include <QGuiApplication>
+#include <QStandardPaths>
+#include <QStringEncoder>
+#include <QTemporaryDir>
+#include <QTest>
+#include <zip.h>
+
+using namespace zq;
+
+namespace {
+
+void writeFile(const QString& path, const QByteArray& bytes) {
+    QFile f(path);
+    QVERIFY(f.open(QIODevice::WriteOnly));
+    f.write(bytes);
+}
+
+// A zip container with the given members, as a word processor writes its documents.
+void writeZip(const QString& path, const QList<std::pair<const char*, QByteArray>>& members) {
+    int error = 0;
+    zip_t* z = zip_open(QFile::encodeName(path).constData(), ZIP_CREATE | ZIP_TRUNCATE, &error);
+    QVERIFY(z);
+    for (const auto& [name, data] : members) {
+        zip_source_t* src = zip_source_buffer(z, data.constData(), zip_uint64_t(data.size()), 0);
+        QVERIFY(src);
+        QVERIFY(zip_file_add(z, name, src, ZIP_FL_ENC_UTF_8) >= 0);
+    }
+    QCOMPARE(zip_close(z), 0); // the buffers are read here, while the members still live
+}
+
+const QByteArray kDocx =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+    "<w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\">\n"
+    " <w:body>\n"
+    "  <w:p><w:r><w:t>人事</w:t></w:r><w:r><w:t xml:space=\"preserve\"> 报告</w:t></w:r></w:p>\n"
+    "  <w:p><w:r><w:t>甲</w:t><w:tab/><w:t>乙</w:t><w:br/><w:t>丙</w:t></w:r></w:p>\n"
+    "  <w:p/>\n"
+    "  <w:p><w:r><w:fldChar w:fldCharType=\"begin\"/><w:instrText>PAGE</w:instrText></w:r>\n"
+    "   <w:del><w:r><w:delText>删去的</w:delText></w:r></w:del><w:r><w:t>完</w:t></w:r></w:p>\n"
+    "  <w:sectPr/>\n"
+    " </w:body>\n"
+    "</w:document>";
+
+const QByteArray kOdt =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<office:document-content xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\"\n"
+    "  xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\"\n"
+    "  xmlns:dc=\"http://purl.org/dc/elements/1.1/\">\n"
+    " <office:body><office:text>\n"
+    "  <text:h text:outline-level=\"1\">会议纪要</text:h>\n"
+    "  <text:p>一<text:s "
+    "text:c=\"3\"/>二<text:tab/>三<text:span>四</text:span><text:line-break/>五</text:p>\n"
+    "  "
+    "<text:p>批注<office:annotation><dc:creator>某</dc:creator><text:p>不要</text:p></"
+    "office:annotation>之后</text:p>\n"
+    " </office:text></office:body>\n"
+    "</office:document-content>";
+
+} // namespace
+
+class TestDocuments : public QObject {
+    Q_OBJECT
+    QTemporaryDir m_dir;
+
+    QString path(const QString& name) { return m_dir.filePath(name); }
+
+private slots:
+    void plainTextInUtf8AndGb18030() {
+        writeFile(path(QStringLiteral("u.txt")), QStringLiteral("第一行\r\n第二行\n").toUtf8());
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("u.txt"))), QStringLiteral("第一行\r第二行"));
+
+        QStringEncoder gb("GB18030");
+        QVERIFY(gb.isValid());
+        const QByteArray bytes = gb.encode(QStringLiteral("员工调动通知\n张三"));
+        QVERIFY(bytes != QStringLiteral("员工调动通知\n张三").toUtf8());
+        writeFile(path(QStringLiteral("g.txt")), bytes);
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("g.txt"))), QStringLiteral("员工调动通知\r张三"));
+        QCOMPARE(DecodePlainText("\xEF\xBB\xBF"
+                                 "abc"),
+                 QStringLiteral("abc"));
+    }
+
+    void wordProcessorDocuments() {
+        writeZip(path(QStringLiteral("a.docx")),
+                 {{"[Content_Types].xml", "<Types/>"}, {"word/document.xml", kDocx}});
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("a.docx"))),
+                 QStringLiteral("人事 报告\r甲\t乙\r丙\r\r完"));
+
+        writeZip(path(QStringLiteral("b.odt")),
+                 {{"mimetype", "application/vnd.oasis.opendocument.text"}, {"content.xml", kOdt}});
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("b.odt"))),
+                 QStringLiteral("会议纪要\r一   二\t三四\r五\r批注之后"));
+
+        // The copy into a report cuts at the paragraphs.
+        QCOMPARE(ClipTextLines(ReadDocumentText(path(QStringLiteral("a.docx"))), 8),
+                 QStringLiteral("人事 报告\r\n甲\t乙\r\n ..."));
+    }
+
+    void unreadableGivesNothing() {
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("missing.docx"))), QString());
+        QCOMPARE(ReadDocumentText(QString()), QString());
+        writeFile(path(QStringLiteral("broken.docx")), QByteArray("PK\x03\x04 not really a zip", 24));
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("broken.docx"))), QString());
+        writeZip(path(QStringLiteral("bad.docx")), {{"word/document.xml", "<w:document><unclosed>"}});
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("bad.docx"))), QString());
+        writeFile(path(QStringLiteral("x.pdf")), "%PDF-1.4 binary");
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("x.pdf"))), QString());
+        // An old binary document the converter cannot make sense of.
+        writeFile(path(QStringLiteral("junk.doc")),
+                  QByteArray("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8) + QByteArray(600, '\0'));
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("junk.doc"))), QString());
+    }
+
+    void openingGoesToTheInstalledOpener() {
+        QStringList opened;
+        setDocumentOpener([&](const QString& p) {
+            opened << p;
+            return true;
+        });
+        writeFile(path(QStringLiteral("o.txt")), "x");
+        QVERIFY(OpenDocument(path(QStringLiteral("o.txt"))));
+        QVERIFY(!OpenDocument(path(QStringLiteral("gone.txt"))));
+        QVERIFY(!OpenDocument(QString()));
+        QCOMPARE(opened, QStringList({path(QStringLiteral("o.txt"))}));
+        setDocumentOpener({});
+    }
+};
+
+int main(int argc, char** argv) {
+    QGuiApplication app(argc, argv);
+    TestDocuments tc;
+    return QTest::qExec(&tc, argc, argv);
+}
+#include "test_documents.moc"
