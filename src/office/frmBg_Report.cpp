@@ -740,8 +740,23 @@ void frmBg_Report::cmdSeekOk_Click() {
 
 void frmBg_Report::cmdPrint_Click() {
     // The printout lists the 30 newest reports of all users, whatever this list shows.
-    PrintReportFlow(G().isSupervisor() ? 3 : 1, QStringLiteral("RsReport"), QStringLiteral("RsReport_01"),
-                    {});
+    QStringList fields;
+    const auto add = [&fields](const QString& caption, const QString& field) { fields << caption << field; };
+    add(m_chkDate2->text(), QStringLiteral("fDate"));
+    add(m_chkTitle2->text(), QStringLiteral("fTitle"));
+    add(m_chkContent2->text(), QStringLiteral("fContent"));
+    add(m_chkFootSeek1->text(), QStringLiteral("fFootnote1"));
+    add(m_chkFootSeek2->text(), QStringLiteral("fFootnote2"));
+    add(m_chkDept->text(), QStringLiteral("fBmName"));
+    add(findChild<QLabel*>(QStringLiteral("lblPath"))->text(), QStringLiteral("fFilePath"));
+    const QString user = findChild<QLabel*>(QStringLiteral("lblUser"))->text();
+    const QString check = findChild<QLabel*>(QStringLiteral("lblCheck"))->text();
+    for (int i = 1; i <= 4; ++i)
+        add(user + QString::number(i), QStringLiteral("fChecker%1").arg(i));
+    for (int i = 1; i <= 4; ++i)
+        add(check + QString::number(i), QStringLiteral("fChecker%1_").arg(i));
+    PrintReportFlow(G().isSupervisor() ? 3 : 1, QStringLiteral("RsReport"), QStringLiteral("RsReport_01"), {},
+                    fields);
 }
 
 void frmBg_Report::cmdQuit_Click() {

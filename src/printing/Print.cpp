@@ -109,11 +109,11 @@ void PrintPersonCardDetail(qint16 mode, const QString& templateKey, const QStrin
     PrintRecords(templateKey, sheetKey, sql, fields);
 }
 
-void PrintReportFlow(qint16 mode, const QString& templateKey, const QString& sheetKey,
-                     const QString& filter) {
+void PrintReportFlow(qint16 mode, const QString& templateKey, const QString& sheetKey, const QString& filter,
+                     const QStringList& fields) {
     Q_UNUSED(mode);
     // The captions of the report screen.
-    const QStringList fields = {
+    static const QStringList mainFields = {
         QStringLiteral("编号"),       QStringLiteral("fID"),      QStringLiteral("日期"),
         QStringLiteral("fDate"),      QStringLiteral("主题"),     QStringLiteral("fTitle"),
         QStringLiteral("报告内容"),   QStringLiteral("fContent"), QStringLiteral("报告人"),
@@ -123,7 +123,7 @@ void PrintReportFlow(qint16 mode, const QString& templateKey, const QString& she
     PrintRecords(templateKey, sheetKey,
                  conn().dialect().selectTop(30, QStringLiteral("* from tRs_RptFlow") + whereClause(filter) +
                                                     QStringLiteral(" Order By fDate Desc")),
-                 fields);
+                 fields.isEmpty() ? mainFields : fields);
 }
 
 TableData tableOfGrid(const ZqGrid& grid) {

@@ -30,8 +30,10 @@ void PrintPersonCard(qint16 mode, const QString& templateKey, const QString& she
 // whole statement of its own (beginning with "select") that joins tRsDetail.
 void PrintPersonCardDetail(qint16 mode, const QString& templateKey, const QString& sheetKey,
                            const QString& filter);
-// The 30 newest reports the filter selects, one to a page.
-void PrintReportFlow(qint16 mode, const QString& templateKey, const QString& sheetKey, const QString& filter);
+// The 30 newest reports the filter selects, one to a page. `fields` is the field collection the
+// screen hands over (caption and field in turn); empty gives the report's own main fields.
+void PrintReportFlow(qint16 mode, const QString& templateKey, const QString& sheetKey, const QString& filter,
+                     const QStringList& fields = {});
 
 // The field collection of a person table: caption (in the language in use) and field name in turn, in
 // the dictionary's order; for tRsBasic ends with "员工照片", "fPhoto".

@@ -1,3 +1,4 @@
+#include "PdfTools.h"
 #include "TestDb.h"
 
 #include "office/frmBg_Report.h"
@@ -480,7 +481,10 @@ private slots:
         insertReport(1, QStringLiteral("2026-01-01"), QStringLiteral("他人"), {}); // not listed for him
         click(QStringLiteral("cmdPrint"));
         PrintOutput::setPdfPath(QString());
-        QVERIFY(QFile::exists(pdf));
+        const QString text = test::pdfText(pdf);
+        QVERIFY2(text.contains(QStringLiteral("报告审批单")) && text.contains(QStringLiteral("标题1")) &&
+                     text.contains(QStringLiteral("他人")),
+                 qPrintable(text));
     }
 
     void commandTableOpensTheScreen() {

@@ -1,3 +1,4 @@
+#include "PdfTools.h"
 #include "TestDb.h"
 
 #include "admin/Demo.h"
@@ -30,38 +31,9 @@
 #include <QTreeWidget>
 
 using namespace zq;
+using namespace zq::test;
 
 namespace {
-
-QString run(const QString& program, const QStringList& args) {
-    QProcess p;
-    p.start(program, args);
-    if (!p.waitForFinished(60000) || p.exitCode() != 0) return QStringLiteral("<%1 failed>").arg(program);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
-
-// The text of a PDF (one page of it, when asked) as a reader copies it out, without the blanks: the
-// reader makes its own guess at those from the gaps between the characters.
-QString pdfText(const QString& pdf, int page = 0) {
-    QStringList args{QStringLiteral("-enc"), QStringLiteral("UTF-8")};
-    if (page > 0)
-        args << QStringLiteral("-f") << QString::number(page) << QStringLiteral("-l")
-             << QString::number(page);
-    QString text = run(QStringLiteral("pdftotext"), args << pdf << QStringLiteral("-"));
-    static const QRegularExpression blanks(QStringLiteral("\\s"));
-    return text.remove(blanks);
-}
-
-int pdfPages(const QString& pdf) {
-    static const QRegularExpression pages(QStringLiteral("Pages:\\s+(\\d+)"));
-    return pages.match(run(QStringLiteral("pdfinfo"), {pdf})).captured(1).toInt();
-}
-
-bool pdfLandscape(const QString& pdf) {
-    static const QRegularExpression size(QStringLiteral("Page size:\\s+([\\d.]+) x ([\\d.]+)"));
-    const QRegularExpressionMatch m = size.match(run(QStringLiteral("pdfinfo"), {pdf}));
-    return m.captured(1).toDouble() > m.captured(2).toDouble();
-}
 
 // Pictures placed in a PDF (the header lines of pdfimages -list left out).
 int pdfImages(const QString& pdf) {

@@ -1,0 +1,36 @@
+#include "PdfTools.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+
+namespace zq::test {
+
+QString run(const QString& program, const QStringList& args) {
+    QProcess p;
+    p.start(program, args);
+    if (!p.waitForFinished(60000) || p.exitCode() != 0) return QStringLiteral("<%1 failed>").arg(program);
+    return QString::fromUtf8(p.readAllStandardOutput());
+}
+
+QString pdfText(const QString& pdf, int page) {
+    QStringList args{QStringLiteral("-enc"), QStringLiteral("UTF-8")};
+    if (page > 0)
+        args << QStringLiteral("-f") << QString::number(page) << QStringLiteral("-l")
+             << QString::number(page);
+    QString text = run(QStringLiteral("pdftotext"), args << pdf << QStringLiteral("-"));
+    static const QRegularExpression blanks(QStringLiteral("\\s"));
+    return text.remove(blanks);
+}
+
+int pdfPages(const QString& pdf) {
+    static const QRegularExpression pages(QStringLiteral("Pages:\\s+(\\d+)"));
+    return pages.match(run(QStringLiteral("pdfinfo"), {pdf})).captured(1).toInt();
+}
+
+bool pdfLandscape(const QString& pdf) {
+    static const QRegularExpression size(QStringLiteral("Page size:\\s+([\\d.]+) x ([\\d.]+)"));
+    const QRegularExpressionMatch m = size.match(run(QStringLiteral("pdfinfo"), {pdf}));
+    return m.captured(1).toDouble() > m.captured(2).toDouble();
+}
+
+} // namespace zq::test
