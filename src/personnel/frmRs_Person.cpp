@@ -796,12 +796,3 @@ void frmRs_Person::reject() {
 }
 
 } // namespace zq
-
-namespace zq {
-
-// What the command table creates for the browser's keys.
-QDialog* newPersonBrowser(QWidget* parent) {
-    return new frmRs_Person(parent);
-}
-
-} // namespace zq

@@ -1,14 +1,15 @@
 #include "Commands.h"
 
 #include "office/frmBg_Report.h"
-#include "printing/Print.h"
-#include "printing/frmRs_RptSet.h"
+#include "personnel/frmRs_Person.h"
 #include "printing/frmRs_list.h"
+#include "printing/frmRs_RptSet.h"
+#include "printing/Print.h"
 #include "shell/Globals.h"
 
+#include <map>
 #include <QDialog>
 #include <QPointer>
-#include <map>
 #include <utility>
 
 namespace zq {
@@ -54,12 +55,12 @@ void registerScreens() {
     // Screens opened by other screens are also registered by name (registerForm).
 
     // The staff register opens on the state of its key: 1 in service, 2 left.
-    QDialog* newPersonBrowser(QWidget* parent); // personnel/frmRs_Person.cpp
-    for (const auto& [key, state] : {std::pair{QStringLiteral("mnuRsManIn"), 1},
-                                     std::pair{QStringLiteral("mnuRsManOut"), 2}})
-        registerCommand({key}, [] { return newPersonBrowser(nullptr); },
-                        [state](QDialog& d, qint16) { d.setProperty("RsState", state); });
-    registerForm(QStringLiteral("frmRs_Person"), newPersonBrowser);
+    for (const auto& [key, state] :
+         {std::pair{QStringLiteral("mnuRsManIn"), 1}, std::pair{QStringLiteral("mnuRsManOut"), 2}})
+        registerCommand(
+            {key}, [] { return new frmRs_Person; },
+            [state](QDialog& d, qint16) { d.setProperty("RsState", state); });
+    registerForm(QStringLiteral("frmRs_Person"), [](QWidget* parent) { return new frmRs_Person(parent); });
     // master record and transfer dialog
     // department register
     registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
