@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include "office/frmBg_Report.h"
+#include "organisation/frmRs_PersonAssignOk.h"
 #include "personnel/frmRs_Person.h"
 #include "printing/frmRs_list.h"
 #include "printing/frmRs_RptSet.h"
@@ -62,6 +63,8 @@ void registerScreens() {
             [state](QDialog& d, qint16) { d.setProperty("RsState", state); });
     registerForm(QStringLiteral("frmRs_Person"), [](QWidget* parent) { return new frmRs_Person(parent); });
     // master record and transfer dialog
+    registerForm(QStringLiteral("frmRs_PersonAssignOk"),
+                 [](QWidget* parent) { return new frmRs_PersonAssignOk(parent); });
     // department register
     registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
                     [] { return new frmBg_Report; });
