@@ -3,6 +3,7 @@
 #include "office/frmBg_Report.h"
 #include "organisation/frmRs_PersonAssignOk.h"
 #include "personnel/frmRs_Person.h"
+#include "personnel/frmRs_PersonBasic.h"
 #include "printing/frmRs_list.h"
 #include "printing/frmRs_RptSet.h"
 #include "printing/Print.h"
@@ -62,7 +63,8 @@ void registerScreens() {
             {key}, [] { return new frmRs_Person; },
             [state](QDialog& d, qint16) { d.setProperty("RsState", state); });
     registerForm(QStringLiteral("frmRs_Person"), [](QWidget* parent) { return new frmRs_Person(parent); });
-    // master record and transfer dialog
+    registerForm(QStringLiteral("frmRs_PersonBasic"),
+                 [](QWidget* parent) { return new frmRs_PersonBasic(parent); });
     registerForm(QStringLiteral("frmRs_PersonAssignOk"),
                  [](QWidget* parent) { return new frmRs_PersonAssignOk(parent); });
     // department register

@@ -1,0 +1,198 @@
+#include "PersonBasicData.h"
+
+#include "personnel/PersonCodeCascade.h"
+#include "printing/Photos.h"
+#include "shell/Connection.h"
+#include "shell/Recordset.h"
+#include "shell/SqlText.h"
+
+#include <QDate>
+#include <QFile>
+#include <QRegularExpression>
+
+namespace zq {
+
+namespace {
+struct BasicField {
+    const char* name;
+    int max;
+};
+
+// Max 0 marks a combo box.
+constexpr BasicField kFields[kBasicFields] = {
+    {"fCode", 10},    {"fName", 10},        {"fSex", 0},          {"fBirthDay", 10},     {"fMz", 16},
+    {"fHy", 0},       {"fHj", 20},          {"fSfz", 20},         {"fJg", 20},           {"fZz", 28},
+    {"fXzz", 40},     {"fygxz", 0},         {"fPhone", 20},       {"fXl", 20},           {"fZy", 20},
+    {"fXx", 45},      {"fWy", 20},          {"fWySp", 20},        {"fZc", 20},           {"fZcDay", 20},
+    {"fRz", 0},       {"fTc", 45},          {"fother1", 30},      {"fother2", 0},        {"fGzName", 0},
+    {"fSpday", 20},   {"fBmName", 0},       {"idlimt", 10},       {"bodycondition", 20}, {"staycode", 20},
+    {"staytime", 10}, {"contracttime", 20}, {"contractlimt", 30}, {"fBp", 20},           {"mobilephone", 30},
+    {"grudtime", 30}, {"worktime", 30},     {"funit", 0},         {"leavetime", 30},     {"leavereason", 30},
+    {"worklimt", 30}, {"roadmny", 20},      {"seepnt", 20},       {"safeedu", 30},       {"lyunit", 40},
+    {"trustman", 30}, {"bodyhigh", 10},     {"bodytype", 0},      {"neckline", 20},      {"waistline", 20},
+    {"shoecode", 20}, {"unit", 40},
+};
+
+// The combo columns in the order the insert lists them after the text boxes.
+constexpr int kComboOrder[] = {2, 11, 47, 26, -1, 20, 5, 24, 23, 37};
+
+QString basicSelect(const QString& condition) {
+    return QStringLiteral("select * from trsbasic where ") + condition;
+}
+} // namespace
+
+const QStringList& BasicColumns() {
+    static const QStringList names = [] {
+        QStringList l;
+        for (const BasicField& f : kFields)
+            l << QLatin1String(f.name);
+        return l;
+    }();
+    return names;
+}
+
+int BasicFieldMax(int index) {
+    return index >= 0 && index < kBasicFields ? kFields[index].max : 0;
+}
+
+bool IsBasicCombo(int index) {
+    return BasicFieldMax(index) == 0;
+}
+
+bool LoadPersonBasic(const QString& code, PersonBasicRow& row) {
+    Recordset rs(conn(), basicSelect(QStringLiteral("fcode=") + quoted(code)), Cursor::ForwardOnly,
+                 Lock::Optimistic);
+    if (rs.eof()) return false;
+    for (int i = 0; i < kBasicFields; ++i)
+        row.values[i] = rs.text(BasicColumns().at(i));
+    row.bmCode = rs.text(QStringLiteral("fBmCode"));
+    row.zt = int(rs.val(QStringLiteral("fzt")));
+    return true;
+}
+
+QString IdCardOwner(const QString& idCard, const QString& ownCode, bool& taken) {
+    taken = false;
+    if (idCard.trimmed().isEmpty()) return {};
+    Recordset rs(conn(), QStringLiteral("select fcode,fName from trsbasic where fSfz=") + quoted(idCard));
+    if (rs.eof() || rs.text(0) == ownCode) return {};
+    taken = true;
+    return rs.text(1);
+}
+
+CodeCheck CheckNewCode(const QString& code) {
+    Recordset rs(conn(), basicSelect(QStringLiteral("fcode=") + quoted(code)));
+    return rs.eof() ? CodeCheck::Ok : CodeCheck::Taken;
+}
+
+CodeCheck CheckChangedCode(const QString& oldCode, const QString& newCode) {
+    Recordset rs(conn(),
+                 basicSelect(QStringLiteral("fcode=") + quoted(oldCode) + QStringLiteral(" or fcode=") +
+                             quoted(newCode)),
+                 Cursor::Static, Lock::Optimistic);
+    if (rs.eof()) return CodeCheck::Missing;
+    if (rs.recordCount() >= 2) return CodeCheck::Taken;
+    return rs.text(QStringLiteral("fcode")) == oldCode ? CodeCheck::Ok : CodeCheck::Missing;
+}
+
+QString InsertPersonSql(const PersonBasicRow& row) {
+    QStringList names;
+    QStringList values;
+    for (int i = 0; i < kBasicFields; ++i) {
+        if (IsBasicCombo(i)) continue;
+        names << BasicColumns().at(i);
+        values << quoted(row.values.at(i).trimmed());
+    }
+    names << QStringLiteral("fSex,fygxz,bodytype,fBmName,fBmCode,fRz,fHY,fgzname,FOther2,fUnit,fzt");
+    for (int i : kComboOrder)
+        values << quoted(i < 0 ? row.bmCode : row.values.at(i));
+    values << num(row.zt);
+    return QStringLiteral("Insert into trsBasic (") + names.join(QLatin1Char(',')) +
+           QStringLiteral(") values (") + values.join(QLatin1Char(',')) + QLatin1Char(')');
+}
+
+QString UpdatePersonSql(const PersonBasicRow& row, const QString& oldCode) {
+    QStringList sets;
+    for (int i = 0; i < kBasicFields; ++i) {
+        if (IsBasicCombo(i)) continue;
+        sets << BasicColumns().at(i) + QLatin1Char('=') + quoted(row.values.at(i));
+    }
+    const auto set = [&](const char* name, const QString& value) {
+        sets << QLatin1String(name) + QLatin1Char('=') + quoted(value);
+    };
+    set("fsex", row.values.at(2));
+    set("fygxz", row.values.at(11));
+    set("bodytype", row.values.at(47));
+    set("fBMname", row.values.at(26));
+    set("fbmcode", row.bmCode);
+    set("fRz", row.values.at(20));
+    set("fHY", row.values.at(5));
+    set("fgzname", row.values.at(24));
+    set("fother2", row.values.at(23));
+    set("funit", row.values.at(37));
+    return QStringLiteral("Update trsBasic set ") + sets.join(QLatin1Char(',')) +
+           QStringLiteral(" where fcode=") + quoted(oldCode);
+}
+
+void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode) {
+    Transaction tx(conn());
+    if (mode == 1) {
+        conn().execute(InsertPersonSql(row));
+    } else {
+        conn().execute(UpdatePersonSql(row, oldCode));
+        // Master and children change together or not at all.
+        if (row.values.at(0) != oldCode) CascadePersonCode(oldCode, row.values.at(0));
+    }
+    tx.commit();
+}
+
+bool StorePersonPhoto(const QString& code, const QString& path) {
+    Recordset rs(conn(), QStringLiteral("Select fphoto,fcode from trsBasic where fcode=") + quoted(code),
+                 Cursor::Keyset, Lock::Optimistic);
+    if (rs.eof()) return true;
+    if (path.isEmpty()) {
+        // A save without a newly chosen picture clears the stored one.
+        rs.setValue(0, QVariant(QMetaType(QMetaType::QByteArray)));
+        rs.update();
+        return true;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return false;
+    if (file.size() == 0) return true;
+    // Read in the same blocks the photo is exported in, so no picture needs one read of its size.
+    QByteArray data;
+    for (qint64 size : photoChunks(file.size()))
+        data += file.read(size);
+    if (data.size() != file.size()) return false;
+    rs.setValue(0, data);
+    rs.update();
+    return true;
+}
+
+QByteArray PersonPhoto(const QString& code) {
+    Recordset rs(conn(), QStringLiteral("select fphoto from trsBasic where fcode=") + quoted(code));
+    return rs.eof() ? QByteArray() : rs.value(0).toByteArray();
+}
+
+namespace {
+QDate parseDate(const QString& text) {
+    const QString t = text.trimmed();
+    static const QRegularExpression sep(QStringLiteral("^(\\d{4})[-/.年](\\d{1,2})[-/.月](\\d{1,2})日?$"));
+    static const QRegularExpression packed(QStringLiteral("^(\\d{4})(\\d{2})(\\d{2})$"));
+    for (const QRegularExpression* re : {&sep, &packed}) {
+        const QRegularExpressionMatch m = re->match(t);
+        if (m.hasMatch()) return QDate(m.captured(1).toInt(), m.captured(2).toInt(), m.captured(3).toInt());
+    }
+    return {};
+}
+} // namespace
+
+bool IsDateText(const QString& text) {
+    return parseDate(text).isValid();
+}
+
+QString FormatIsoDate(const QString& text) {
+    const QDate d = parseDate(text);
+    return d.isValid() ? d.toString(QStringLiteral("yyyy-MM-dd")) : text;
+}
+
+} // namespace zq

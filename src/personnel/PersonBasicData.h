@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+namespace zq {
+
+// The 52 leading columns of tRsBasic, in the order the master record screen addresses them.
+constexpr int kBasicFields = 52;
+const QStringList& BasicColumns();
+// Entry limit of each of the 52 (0 for a combo box).
+int BasicFieldMax(int index);
+// The nine columns that a combo box stands for instead of a text box.
+bool IsBasicCombo(int index);
+
+// One person's master row as the screen holds it: values[i] is the text of column i (text box or
+// combo box), plus the department code and the state, which have no box of their own.
+struct PersonBasicRow {
+    QVector<QString> values = QVector<QString>(kBasicFields);
+    QString bmCode;
+    int zt = 1;
+};
+
+// The row of a code; false when there is none.
+bool LoadPersonBasic(const QString& code, PersonBasicRow& row);
+
+// The first person holding this identity card, when it is not `ownCode`: their name; empty when the
+// card is blank or free. (Only the first row is looked at.)
+QString IdCardOwner(const QString& idCard, const QString& ownCode, bool& taken);
+
+// The check of a typed code. Adding: the code must be free. Changing: the person must still exist
+// and no one else may hold the new code.
+enum class CodeCheck { Ok, Taken, Missing };
+CodeCheck CheckNewCode(const QString& code);
+CodeCheck CheckChangedCode(const QString& oldCode, const QString& newCode);
+
+// The statements of the save: an insert takes trimmed text, an update the text as typed.
+QString InsertPersonSql(const PersonBasicRow& row);
+QString UpdatePersonSql(const PersonBasicRow& row, const QString& oldCode);
+
+// Writes the row in one transaction: insert (mode 1) or update (mode 2), the latter moving the
+// person's child rows to a changed code. A failure rolls back and reaches the caller as DbError.
+void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode);
+
+// Stores the picture file as the person's photo; an empty path clears the stored photo. False when
+// the file cannot be read or written. An empty file leaves the photo as it is.
+bool StorePersonPhoto(const QString& code, const QString& path);
+// The stored photo bytes (empty when none).
+QByteArray PersonPhoto(const QString& code);
+
+// A date typed in any of the usual ways as yyyy-mm-dd; the text as it was when it is no date.
+QString FormatIsoDate(const QString& text);
+bool IsDateText(const QString& text);
+
+} // namespace zq

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "PersonBasicData.h"
+
+#include <QDialog>
+#include <QString>
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QPushButton;
+
+namespace zq {
+
+// "基本资料": one person's master row, viewed (PersonEditMode 0), added (1) or changed (2), with
+// the photo. Adding stays open for the next person; a change closes after the save.
+class frmRs_PersonBasic : public QDialog {
+    Q_OBJECT
+    // The unit a new person gets by default (the browser passes its company).
+    Q_PROPERTY(QString CompName READ compName WRITE setCompName)
+
+public:
+    explicit frmRs_PersonBasic(QWidget* parent = nullptr);
+    ~frmRs_PersonBasic() override;
+
+    QString compName() const;
+    void setCompName(const QString& name);
+
+    void load();
+    void LoadRecord();
+    // Handlers, public so that tests drive them as the clerk would.
+    void ComBm_Click();
+    void CobFunit_Click();
+    void cboRz_Click();
+    void cmdOK_Click();
+    void Label2_DblClick(int index);
+    void Label2_RightClick(int index);
+    void mnuPicEdit_Click();
+    void mnuPicDel_Click();
+    void Text2_GotFocus(int index);
+    bool Text2_LostFocus(int index);
+
+    QLineEdit* text2(int index) const { return m_text2[index]; }
+    QString photoPath() const { return m_photoPath; }
+    bool hasPicture() const;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void buildUi();
+    QComboBox* comboOf(int index) const;
+    QWidget* fieldWidget(int index) const;
+    PersonBasicRow row() const;
+    bool validate();
+    bool refuse(const QString& message, QWidget* focus);
+    void afterSave(int mode);
+    void OpenTransferOrder(bool unitChange);
+    void showPicture(const QString& file);
+    void selectText(QComboBox* combo, const QString& text);
+    void lockControls();
+
+    bool m_loaded = false;
+    bool m_askTransfer = true;
+    int m_mode = 0;
+    QString m_loadedDeptName;
+    QString m_loadedUnit;
+    QString m_photoPath;
+    QString m_oldPost; // cboRz.Tag
+    QString m_houseTag = QStringLiteral("1");
+
+    QLineEdit* m_text2[kBasicFields] = {};
+    QLabel* m_label2[kBasicFields] = {};
+    QComboBox* m_comSex;
+    QComboBox* m_comhy;
+    QComboBox* m_comxz;
+    QComboBox* m_cboRz;
+    QComboBox* m_comzf;
+    QComboBox* m_comGz;
+    QComboBox* m_comBm;
+    QComboBox* m_cobFunit;
+    QComboBox* m_combo1;
+    QLabel* m_labbm;
+    QLabel* m_image1;
+    QMenu* m_mnuPic;
+    QPushButton* m_cmdOK;
+    QPushButton* m_cmdCancel;
+};
+
+} // namespace zq

@@ -1,0 +1,356 @@
+#include "TestDb.h"
+
+#include "admin/Demo.h"
+#include "personnel/frmRs_PersonBasic.h"
+#include "personnel/PersonBasicData.h"
+#include "personnel/PersonBrowserData.h"
+#include "shell/Globals.h"
+#include "shell/Prompts.h"
+#include "shell/Recordset.h"
+#include "shell/ui/Commands.h"
+
+#include <memory>
+#include <QApplication>
+#include <QComboBox>
+#include <QDate>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace zq;
+
+namespace {
+QVariantMap transferSettings;
+int transfers = 0;
+
+void exec(const QString& sql) {
+    conn().execute(sql);
+}
+
+QString one(const QString& sql) {
+    Recordset rs(conn(), sql);
+    return rs.eof() ? QString() : rs.text(0);
+}
+
+int count(const QString& table, const QString& code) {
+    return one(QStringLiteral("select count(*) from %1 where fcode='%2'").arg(table, code)).toInt();
+}
+
+void addPerson(const QString& code, const QString& name, const QString& idCard = {}) {
+    exec(QStringLiteral("insert into tRsBasic (fCode,fName,fSfz,fSpday,fBmName,fBmCode,funit,fzt) values "
+                        "('%1','%2','%3','2020-01-01','生产部','01','总公司',1)")
+             .arg(code, name, idCard));
+}
+
+// A screen in the given mode for the person in hand, loaded as when shown.
+std::unique_ptr<frmRs_PersonBasic> screen(int mode, const QString& code = {}) {
+    G().PersonEditMode = qint16(mode);
+    G().CurPersonCode = code;
+    auto f = std::make_unique<frmRs_PersonBasic>();
+    f->show();
+    return f;
+}
+
+QComboBox* combo(frmRs_PersonBasic& f, const char* name) {
+    return f.findChild<QComboBox*>(QLatin1String(name));
+}
+
+void choose(QComboBox* c, const QString& text) {
+    const int i = c->findText(text);
+    QVERIFY2(i >= 0, qPrintable(text));
+    c->setCurrentIndex(i);
+}
+
+void fillRequired(frmRs_PersonBasic& f, const QString& code, const QString& name) {
+    f.text2(0)->setText(code);
+    f.text2(1)->setText(name);
+    f.text2(25)->setText(QStringLiteral("2021/3/4"));
+}
+} // namespace
+
+class TestPersonBasic : public QObject {
+    Q_OBJECT
+    ScriptedPrompts* m_prompts = nullptr;
+
+private slots:
+    void initTestCase() {
+        registerForm(QStringLiteral("frmRs_PersonAssignOk"), [](QWidget* parent) {
+            auto* d = new QDialog(parent);
+            d->setObjectName(QStringLiteral("frmRs_PersonAssignOk"));
+            return d;
+        });
+        setModalRunner([](QDialog& d) {
+            if (d.objectName() == QLatin1String("frmRs_PersonAssignOk")) {
+                ++transfers;
+                transferSettings.clear();
+                for (const char* n : {"Text1_0", "Text1_2", "cboOldDept", "cboNewDept"})
+                    transferSettings.insert(QLatin1String(n), d.property(n));
+            }
+            return int(QDialog::Accepted);
+        });
+    }
+
+    void init() {
+        test::freshDatabase();
+        m_prompts = &scriptPrompts();
+        m_prompts->clear();
+        Globals& g = G();
+        g.UserName = g.ZgName = QStringLiteral("admin");
+        g.myPower = QString(350, QLatin1Char('1'));
+        g.CurPersonCode.clear();
+        g.CurPersonName.clear();
+        transfers = 0;
+        exec("insert into tRs_Bm (fCode,fName,fYnxj) values ('01','生产部',0)");
+        exec("insert into tRs_Bm (fCode,fName,fYnxj) values ('02','销售部',0)");
+        exec("insert into tRs_Bm (fCode,fName,fYnxj,fRz,fgzname) values ('0101','车工',1,'','')");
+    }
+
+    void twoPersonsInARowKeepDepartmentPostAndUnit() {
+        auto f = screen(1);
+        f->setCompName(QStringLiteral("测试公司"));
+        fillRequired(*f, "A01", "张三");
+        f->text2(3)->setText(QStringLiteral("1990.5.6"));
+        f->text2(4)->setText(QStringLiteral("  汉  "));
+        choose(combo(*f, "ComBm"), QStringLiteral("生产部"));
+        f->ComBm_Click();
+        QVERIFY(m_prompts->messages().isEmpty()); // adding never asks for a transfer
+        QVERIFY(combo(*f, "cboRz")->findText(QStringLiteral("车工")) >= 0);
+        combo(*f, "cboRz")->setEditText(QStringLiteral("车工"));
+        combo(*f, "CobFunit")->setEditText(QStringLiteral("总公司"));
+        f->cmdOK_Click();
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(one("select fBirthDay from tRsBasic where fCode='A01'"), QString("1990-05-06"));
+        QCOMPARE(one("select fSpday from tRsBasic where fCode='A01'"), QString("2021-03-04"));
+        QCOMPARE(one("select fMz from tRsBasic where fCode='A01'"), QString("汉")); // trimmed on insert
+        QCOMPARE(one("select unit from tRsBasic where fCode='A01'"), QString("测试公司"));
+        QCOMPARE(one("select fzt from tRsBasic where fCode='A01'"), QString::number(CurrentRsState()));
+        QCOMPARE(G().CurPersonCode, QString("A01"));
+        QCOMPARE(G().CurPersonDeptCode, QString("01"));
+        // Ready for the next person: the boxes are empty, the combo boxes keep their values.
+        QVERIFY(f->isVisible());
+        QVERIFY(f->text2(0)->text().isEmpty());
+        fillRequired(*f, "A02", "李四");
+        f->cmdOK_Click();
+        QCOMPARE(one("select fBmName||'/'||fBmCode||'/'||fRz||'/'||funit from tRsBasic where fCode='A02'"),
+                 QString("生产部/01/车工/总公司"));
+    }
+
+    void duplicatesAreRefused() {
+        addPerson("B01", "王五", "110");
+        addPerson("B02", "赵六", "220");
+        auto add = screen(1);
+        fillRequired(*add, "C01", "某人");
+        add->text2(7)->setText("110");
+        add->cmdOK_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("“身份证号”与他人(王五)重复，请重新输入。"));
+        add->text2(7)->setText("330");
+        add->text2(0)->setText("B01");
+        add->cmdOK_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("“员工编号”与他人重复，请重新输入。"));
+        QCOMPARE(one("select count(*) from tRsBasic"), QString("2"));
+
+        // Changing B01: its own card passes, another's code is a duplicate.
+        auto change = screen(2, "B01");
+        QCOMPARE(change->text2(1)->text(), QString("王五"));
+        change->text2(0)->setText("B02");
+        change->cmdOK_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("“员工编号”与他人重复，请重新输入。"));
+        // A person who has gone meanwhile.
+        G().CurPersonCode = "Z99";
+        change->text2(0)->setText("Z98");
+        change->text2(7)->clear();
+        change->cmdOK_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("此“员工编号”记录并不存在，请退出重新修改。"));
+        QCOMPARE(one("select count(*) from tRsBasic"), QString("2"));
+    }
+
+    void quotesStopTheSave() {
+        auto f = screen(1);
+        fillRequired(*f, "Q01", "某人");
+        f->text2(4)->setText("o'k");
+        f->cmdOK_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("你在记录中输入了单引号,清检查后删除!"));
+        QVERIFY(f->text2(4)->hasFocus() || !QApplication::focusWidget());
+        f->text2(4)->setText("ok");
+        combo(*f, "CobFunit")->setEditText("o'k");
+        f->cmdOK_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("存盘错误!"));
+        QCOMPARE(one("select count(*) from tRsBasic"), QString("0"));
+        QCOMPARE(f->text2(0)->text(), QString("Q01")); // the input stays for another try
+    }
+
+    void codeChangeMovesChildRows() {
+        SplitSpouseTable();
+        addPerson("A01", "张三", "110");
+        for (const char* t : {"trsWork", "trsFamily", "tRsBasic_P", "tRsDetail"})
+            exec(QStringLiteral("insert into %1 (fcode) values ('A01')").arg(QLatin1String(t)));
+        auto f = screen(2, "A01");
+        f->text2(0)->setText("A09");
+        f->cmdOK_Click();
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(count("tRsBasic", "A09"), 1);
+        QCOMPARE(count("tRsBasic", "A01"), 0);
+        QCOMPARE(count("trsWork", "A09"), 1);
+        QCOMPARE(count("trsFamily", "A09"), 1);
+        QCOMPARE(count("tRsBasic_P", "A01"), 1);
+        QCOMPARE(count("tRsDetail", "A01"), 1);
+        QCOMPARE(G().CurPersonCode, QString("A09"));
+        QCOMPARE(f->result(), int(QDialog::Accepted));
+    }
+
+    void failingCascadeRollsBack() {
+        addPerson("A01", "张三");
+        exec("insert into trsWork (fcode) values ('A01')");
+        exec("insert into trsFamily (fcode) values ('A01')");
+        if (test::onServer())
+            exec("alter table trsFamily add constraint no_a09 check (fcode <> 'A09')");
+        else
+            exec("create trigger no_a09 before update on trsFamily when new.fcode='A09' "
+                 "begin select raise(abort,'refused'); end");
+        auto f = screen(2, "A01");
+        f->text2(0)->setText("A09");
+        f->text2(1)->setText("张三丰");
+        f->cmdOK_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("存盘错误!"));
+        QCOMPARE(one("select fName from tRsBasic where fCode='A01'"), QString("张三"));
+        QCOMPARE(count("trsWork", "A01"), 1);
+        QCOMPARE(G().CurPersonCode, QString("A01"));
+        QVERIFY(f->isVisible());
+        QCOMPARE(f->text2(0)->text(), QString("A09"));
+    }
+
+    void photoRoundTrip() {
+        QTemporaryDir dir;
+        G().PowerPath = dir.path();
+        const QByteArray jpeg = demo::portraitJpeg(3);
+        const QString file = dir.filePath("face.jpg");
+        QFile out(file);
+        QVERIFY(out.open(QIODevice::WriteOnly));
+        out.write(jpeg);
+        out.close();
+        {
+            auto f = screen(1);
+            fillRequired(*f, "P01", "某人");
+            m_prompts->answerFile(file);
+            f->mnuPicEdit_Click();
+            QVERIFY(f->hasPicture());
+            QCOMPARE(f->photoPath(), file);
+            f->cmdOK_Click();
+            QCOMPARE(PersonPhoto("P01"), jpeg);
+            QVERIFY(!f->hasPicture());
+        }
+        {
+            // The stored photo shows; a change saved without choosing a new one clears it.
+            auto f = screen(2, "P01");
+            QVERIFY(f->hasPicture());
+            f->cmdOK_Click();
+            QVERIFY(PersonPhoto("P01").isEmpty());
+        }
+        auto f = screen(1);
+        const QString bad = dir.filePath("bad.bmp");
+        QFile junk(bad);
+        QVERIFY(junk.open(QIODevice::WriteOnly));
+        junk.write("not a picture");
+        junk.close();
+        m_prompts->answerFile(bad);
+        f->mnuPicEdit_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("照片文件格式错误 !   "));
+        QVERIFY(f->photoPath().isEmpty());
+    }
+
+    void transferPromptsOnChange() {
+        addPerson("A01", "张三");
+        G().CurPersonName = "张三";
+        auto f = screen(2, "A01");
+        m_prompts->answer(vbYes);
+        choose(combo(*f, "ComBm"), QStringLiteral("销售部"));
+        f->ComBm_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("是否生成调令:调动此人到别的部门?"));
+        QCOMPARE(transfers, 1);
+        QCOMPARE(transferSettings.value("cboOldDept").toString(), QString("生产部"));
+        QCOMPARE(transferSettings.value("cboNewDept").toString(), QString("销售部"));
+        QCOMPARE(transferSettings.value("Text1_2").toString(), QString("A01"));
+        QCOMPARE(transferSettings.value("Text1_0").toString(), QString("1"));
+        // Back to the loaded department: no question.
+        const int asked = m_prompts->messages().size();
+        choose(combo(*f, "ComBm"), QStringLiteral("生产部"));
+        f->ComBm_Click();
+        QCOMPARE(m_prompts->messages().size(), asked);
+        m_prompts->answer(vbNo);
+        combo(*f, "CobFunit")->setEditText(QStringLiteral("分公司"));
+        f->CobFunit_Click();
+        QCOMPARE(m_prompts->messages().last(), QString("真的要调动此人到别的分公司吗?"));
+        QCOMPARE(transfers, 1);
+    }
+
+    void freeTextDateIsStoppedAtTheField() {
+        auto f = screen(1);
+        f->text2(3)->setText("明天");
+        QVERIFY(!f->Text2_LostFocus(3));
+        QVERIFY(m_prompts->messages().last().startsWith(QString("[日期格式] 应如: ")));
+        QCOMPARE(f->text2(3)->text(), QDate::currentDate().toString("yyyy-MM-dd"));
+        f->text2(3)->clear();
+        QVERIFY(f->Text2_LostFocus(3)); // blank passes
+    }
+
+    void keysMoveBetweenFields() {
+        auto f = screen(1);
+        QApplication::setActiveWindow(f.get());
+        f->text2(0)->setFocus();
+        QTest::keyClick(f->text2(0), Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), f->text2(1));
+        QTest::keyClick(f->text2(1), Qt::Key_Down);
+        QCOMPARE(QApplication::focusWidget(), combo(*f, "ComSex"));
+        QTest::keyClick(combo(*f, "ComSex"), Qt::Key_Return);
+        // An empty date field offers today.
+        QCOMPARE(QApplication::focusWidget(), f->text2(3));
+        QCOMPARE(f->text2(3)->text(), QDate::currentDate().toString("yyyy-MM-dd"));
+        QTest::keyClick(f->text2(3), Qt::Key_Up);
+        QCOMPARE(QApplication::focusWidget(), combo(*f, "ComSex"));
+        QTest::keyClick(combo(*f, "CobFunit")->lineEdit(), Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), f->text2(0));
+        QVERIFY(m_prompts->messages().isEmpty()); // no save on Enter
+    }
+
+    void viewModeIsLocked() {
+        addPerson("A01", "张三");
+        auto f = screen(0, "A01");
+        QVERIFY(!f->findChild<QPushButton*>("cmdOK")->isEnabled());
+        QVERIFY(f->text2(0)->isReadOnly());
+        QVERIFY(!combo(*f, "ComBm")->isEnabled());
+        QCOMPARE(combo(*f, "ComBm")->currentText(), QString("生产部"));
+        exec("update tRsBasic set fBmName='撤销部' where fCode='A01'");
+        auto again = screen(2, "A01");
+        QCOMPARE(combo(*again, "ComBm")->currentText(), QString("撤销部"));
+    }
+
+    // A picture of the screen with a demo person, when asked for by ZQ_SHOT_BASIC (a PNG path).
+    void screenshot() {
+        const QString path = qEnvironmentVariable("ZQ_SHOT_BASIC");
+        if (path.isEmpty()) QSKIP("no screenshot asked for");
+        exec("delete from tRs_Bm");
+        demo::Options o;
+        o.persons = 5;
+        demo::fill(conn(), o);
+        G().PowerPath = QDir::tempPath();
+        const QString code = one("select min(fCode) from tRsBasic");
+        G().CurPersonName = one(QStringLiteral("select fName from tRsBasic where fCode='%1'").arg(code));
+        if (PersonPhoto(code).isEmpty()) {
+            QTemporaryDir dir;
+            QFile face(dir.filePath("face.jpg"));
+            QVERIFY(face.open(QIODevice::WriteOnly));
+            face.write(demo::portraitJpeg(7));
+            face.close();
+            QVERIFY(StorePersonPhoto(code, face.fileName()));
+        }
+        auto f = screen(2, code);
+        f->resize(f->sizeHint());
+        QVERIFY(f->grab().save(path));
+    }
+};
+
+ZQ_DB_TEST_MAIN(TestPersonBasic)
+#include "test_person_basic.moc"
