@@ -16,17 +16,10 @@
 #include <QTest>
 
 using namespace zq;
+using test::exec;
+using test::one;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
-QString one(const QString& sql) {
-    Recordset rs(conn(), sql);
-    return rs.eof() ? QString() : rs.text(0);
-}
-
 int count(const QString& sql) {
     return one(sql).toInt();
 }

@@ -9,12 +9,9 @@
 #include <QTest>
 
 using namespace zq;
+using test::exec;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
 int count(const QString& table, const QString& code) {
     Recordset rs(conn(), QStringLiteral("select count(*) from %1 where fcode='%2'").arg(table, code));
     return int(rs.val(0));

@@ -21,19 +21,12 @@
 #include <QTest>
 
 using namespace zq;
+using test::exec;
+using test::one;
 
 namespace {
 QVariantMap transferSettings;
 int transfers = 0;
-
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
-QString one(const QString& sql) {
-    Recordset rs(conn(), sql);
-    return rs.eof() ? QString() : rs.text(0);
-}
 
 int count(const QString& table, const QString& code) {
     return one(QStringLiteral("select count(*) from %1 where fcode='%2'").arg(table, code)).toInt();

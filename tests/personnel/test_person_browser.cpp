@@ -26,17 +26,10 @@
 #include <QTreeWidget>
 
 using namespace zq;
+using test::exec;
+using test::one;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
-QString one(const QString& sql) {
-    Recordset rs(conn(), sql);
-    return rs.eof() ? QString() : rs.text(0);
-}
-
 template <typename T> T* child(QWidget& w, const QString& name) {
     T* c = w.findChild<T*>(name);
     if (!c) qFatal("no child %s", qPrintable(name));

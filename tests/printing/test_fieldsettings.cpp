@@ -16,12 +16,9 @@
 #include <QTest>
 
 using namespace zq;
+using test::exec;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
 QString stored(const QString& column, const QString& field = QStringLiteral("fMz")) {
     Recordset rs(conn(),
                  QStringLiteral("select %1 from RptListDetail where ftable='tRsBasic' and FieldName='%2'")

@@ -17,12 +17,9 @@
 #include <QTreeWidget>
 
 using namespace zq;
+using test::exec;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
 void entry(const char* type, const char* code, const char* name) {
     exec(QStringLiteral("insert into briefDetail (briefType,BriefCode,BriefName) values ('%1','%2','%3')")
              .arg(QString::fromUtf8(type), QString::fromUtf8(code), QString::fromUtf8(name)));

@@ -17,12 +17,9 @@
 #include <QTreeWidgetItemIterator>
 
 using namespace zq;
+using test::exec;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
 // Rows go in with bound values, so that codes may hold anything, quotes included.
 void insert(const QString& sql, const QVariantList& values) {
     QSqlQuery q(conn().database());

@@ -15,12 +15,9 @@
 #include <QTest>
 
 using namespace zq;
+using test::exec;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
 // "fOrderID:first column" of the person's rows of a table, in order.
 QStringList stored(const QString& table, const QString& code = QStringLiteral("P1")) {
     Recordset rs(

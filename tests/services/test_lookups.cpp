@@ -13,12 +13,9 @@
 #include <QTest>
 
 using namespace zq;
+using test::exec;
 
 namespace {
-void exec(const QString& sql) {
-    conn().execute(sql);
-}
-
 void dept(const QString& code, const QString& name, int level, int limit = 0) {
     exec(QStringLiteral("insert into tRs_Bm (fCode,fName,fYnxj,fLimited,fRz,fgzname,fDetail1,fDetail2) "
                         "values ('%1','%2',%3,%4,'职员','三级','职能%1','备注%1')")

@@ -1,5 +1,7 @@
 #include "TestDb.h"
 
+#include "shell/Recordset.h"
+
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Schema.h"
@@ -120,6 +122,15 @@ int runDbTest(QObject* test, int argc, char** argv) {
     const int rc = QTest::qExec(test, argc, argv);
     dropServerDatabases();
     return rc;
+}
+
+void exec(const QString& sql) {
+    conn().execute(sql);
+}
+
+QString one(const QString& sql) {
+    Recordset rs(conn(), sql);
+    return rs.eof() ? QString() : rs.text(0);
 }
 
 } // namespace zq::test

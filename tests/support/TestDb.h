@@ -17,6 +17,11 @@ ConnectionSettings freshDatabase();
 // Settings of the server started by ./test.sh, without a database; sqlData is 1.
 ConnectionSettings serverSettings();
 
+// Runs a statement on the global connection.
+void exec(const QString& sql);
+// The first field of the first row of a query, or "" when there is no row.
+QString one(const QString& sql);
+
 // Exit code that tells CTest the program was skipped.
 constexpr int kSkipped = 77;
 
