@@ -392,6 +392,28 @@ private slots:
         QCOMPARE(opened.size(), 2);
         QCOMPARE(G().CurPersonCode, QString("002")); // the list was not refreshed
     }
+
+    void addingOpensTheMasterRecordAndShowsTheNewPerson() {
+        frmRs_Person w;
+        w.show();
+        child<QRadioButton>(w, QStringLiteral("OptSelect(0)"))->setChecked(true);
+        // The real master record: it is told the mode and the company, and leaves the saved person in hand.
+        setModalRunner([](QDialog& d) {
+            opened << d.objectName();
+            if (d.objectName() != QLatin1String("frmRs_PersonBasic")) return int(QDialog::Accepted);
+            d.show();
+            if (G().PersonEditMode != 1 || d.property("CompName").toString() != QStringLiteral("测试公司"))
+                return int(QDialog::Rejected);
+            exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt) values ('009','新人',1)"));
+            G().CurPersonCode = QStringLiteral("009");
+            return int(QDialog::Accepted);
+        });
+        click(w, "ComAdd");
+        initTestCase(); // the stand-in runner again
+        QCOMPARE(opened, QStringList({"frmRs_PersonBasic"}));
+        QVERIFY(codes(w).contains(QStringLiteral("009")));
+        QCOMPARE(G().CurPersonCode, QStringLiteral("009"));
+    }
 };
 
 ZQ_DB_TEST_MAIN(TestPersonBrowser)
