@@ -19,6 +19,21 @@
 #include <QTimer>
 
 namespace {
+// A statement a screen does not trap (a quote in a value it does not check, a table a sibling
+// module lacks) reaches the host here: the user is told, and the screen stays open with its input.
+class HostApplication : public QApplication {
+public:
+    using QApplication::QApplication;
+    bool notify(QObject* receiver, QEvent* event) override {
+        try {
+            return QApplication::notify(receiver, event);
+        } catch (const zq::DbError& e) {
+            zq::ShowMsg(QStringLiteral("数据库错误:\n%1").arg(e.message()), zq::vbExclamation);
+            return false;
+        }
+    }
+};
+
 // The user's own data folder: the account sets (zqset.db), work files and the demo database.
 QString dataFolder() {
     const QString dir =
@@ -45,7 +60,7 @@ bool ensureDemo(const zq::ConnectionSettings& s) {
 } // namespace
 
 int main(int argc, char** argv) {
-    QApplication app(argc, argv);
+    HostApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("zqrs"));
     QApplication::setOrganizationName(QStringLiteral("zqrs"));
     zq::installFontSubstitutes();
