@@ -362,8 +362,7 @@ void frmBg_Report::showEvent(QShowEvent* event) {
 
 void frmBg_Report::changeEvent(QEvent* event) {
     if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
-        const Globals& g = G();
-        OpenConn(g.SQLData, conn(), g.UserPath, g.Password, g.UserID, g.Default);
+        OpenControlConn();
     }
     QDialog::changeEvent(event);
 }

@@ -65,20 +65,6 @@ QString PersonListSql(const QString& gridFieldList, const QString& condition, bo
            QStringLiteral(" Where ") + condition + QStringLiteral(" order by a.fcode");
 }
 
-QVector<QStringList> ReadRows(const QString& sql) {
-    QVector<QStringList> rows;
-    Recordset rs(conn(), sql);
-    const int fields = rs.fieldCount();
-    for (; !rs.eof(); rs.moveNext()) {
-        QStringList row;
-        row.reserve(fields);
-        for (int j = 0; j < fields; ++j)
-            row << rs.text(j);
-        rows << std::move(row);
-    }
-    return rows;
-}
-
 QString DetailCardSql(const QString& condition) {
     return QStringLiteral("Select a.*,b.fRsDetail1,b.fRsDetail2,b.fRsDetail3,b.fRsDetail4 from trsbasic a ") +
            QStringLiteral(" Left Join tRsDetail b On a.fCode=b.fCode ") + QStringLiteral(" Where ") +

@@ -26,8 +26,6 @@ QString PersonListCondition(int rsState, const QString& deptCode, const QString&
                             const QString& detailCondition);
 // The statement of the list: the grid's fields (comma list) under the condition, in code order.
 QString PersonListSql(const QString& gridFieldList, const QString& condition, bool joinDetail);
-// Every row of a statement, each field as text (nulls empty).
-QVector<QStringList> ReadRows(const QString& sql);
 
 // The statement the cards of other particulars print: the list's persons with their tRsDetail texts.
 QString DetailCardSql(const QString& condition);

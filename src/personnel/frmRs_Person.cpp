@@ -14,6 +14,7 @@
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
+#include "shell/Recordset.h"
 #include "shell/Rights.h"
 #include "shell/ui/Commands.h"
 
@@ -44,13 +45,6 @@ namespace {
 const QString kTitle = QStringLiteral("人事管理");
 const QString kNoPerson = QStringLiteral("请先选择员工。");
 const QString kNoEntry = QStringLiteral("对不起!你无权进入...");
-
-struct Hourglass {
-    Hourglass() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~Hourglass() { QGuiApplication::restoreOverrideCursor(); }
-    Hourglass(const Hourglass&) = delete;
-    Hourglass& operator=(const Hourglass&) = delete;
-};
 
 QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
     auto* b = new QPushButton(caption, parent);
@@ -353,8 +347,7 @@ void frmRs_Person::showEvent(QShowEvent* event) {
 
 void frmRs_Person::reopen() {
     // A screen opened from here may have closed the shared connection.
-    const Globals& g = G();
-    OpenConn(g.SQLData, conn(), g.UserPath, g.Password, g.UserID, g.Default);
+    OpenControlConn();
 }
 
 bool frmRs_Person::event(QEvent* event) {
@@ -676,7 +669,7 @@ void frmRs_Person::cmdCompile_Click() {
 }
 
 void frmRs_Person::cmdDept_Click() {
-    openForm(QStringLiteral("frmRs_Dept"), this);
+    openForm(QStringLiteral("frmRs_Dept"), this, {{QStringLiteral("myTable"), QStringLiteral("trs_bm")}});
     reopen();
     // Departments may have been added, renamed or removed meanwhile.
     fillTree();

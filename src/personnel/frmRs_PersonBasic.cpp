@@ -51,13 +51,6 @@ const char* const kCaptions[kBasicFields] = {
 constexpr int kDateFields[] = {3, 25};
 constexpr int kFieldColumns = 3; // label/field pairs a row
 
-struct Hourglass {
-    Hourglass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~Hourglass() { QApplication::restoreOverrideCursor(); }
-    Hourglass(const Hourglass&) = delete;
-    Hourglass& operator=(const Hourglass&) = delete;
-};
-
 QString today() {
     return QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd"));
 }

@@ -16,4 +16,9 @@ void useDatabase(const ConnectionSettings& s) {
     g.Default = s.defaultDb;
 }
 
+qint16 OpenControlConn() {
+    const Globals& g = G();
+    return OpenConn(g.SQLData, conn(), g.UserPath, g.Password, g.UserID, g.Default);
+}
+
 } // namespace zq

@@ -54,5 +54,8 @@ Globals& G();
 
 // Points the control's five database properties at a database.
 void useDatabase(const ConnectionSettings& s);
+// Opens the shared connection on the control's properties unless it is open: a screen does this
+// whenever it becomes active again, since a screen it opened may have closed the connection.
+qint16 OpenControlConn();
 
 } // namespace zq

@@ -318,4 +318,18 @@ void Recordset::close() {
     m_eof = m_bof = true;
 }
 
+QVector<QStringList> ReadRows(const QString& sql) {
+    QVector<QStringList> rows;
+    Recordset rs(conn(), sql);
+    const int fields = rs.fieldCount();
+    for (; !rs.eof(); rs.moveNext()) {
+        QStringList row;
+        row.reserve(fields);
+        for (int j = 0; j < fields; ++j)
+            row << rs.text(j);
+        rows << std::move(row);
+    }
+    return rows;
+}
+
 } // namespace zq

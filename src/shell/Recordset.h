@@ -103,4 +103,7 @@ private:
     int m_pos = 0;
 };
 
+// Every row of a statement on conn(), each field as text (nulls empty).
+QVector<QStringList> ReadRows(const QString& sql);
+
 } // namespace zq

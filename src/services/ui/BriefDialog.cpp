@@ -59,8 +59,7 @@ void setBriefDriver(BriefDriver d) {
 
 QString ShowBriefDialog(const QString& table, const QString& code, qint32 mode) {
     // The lists live in the company's database: the one the control's settings name.
-    const Globals& g = G();
-    OpenConn(g.SQLData, conn(), g.UserPath, g.Password, g.UserID, g.Default);
+    OpenControlConn();
 
     std::unique_ptr<BriefDialog> dlg;
     switch (mode) {

@@ -22,6 +22,8 @@ namespace {
 
 constexpr int kKeyRole = Qt::UserRole;
 constexpr int kImageRole = Qt::UserRole + 1;
+constexpr int kLimitRole = Qt::UserRole + 2;
+constexpr int kCountRole = Qt::UserRole + 3;
 const char* const kKeysName = "zqNodeKeys";
 
 // The key map of a tree. Adding through AddNode or FillDeptTree keeps it; any removal or reset of
@@ -135,6 +137,18 @@ QTreeWidgetItem* newNode(const QString& key, const QString& text, int image) {
     return item;
 }
 
+void markOverQuota(QTreeWidgetItem* item) {
+    double limit = 0;
+    int count = 0;
+    if (!NodeOverQuota(item, &limit, &count)) return;
+    // A dark red that reads on the light and the dark palette alike.
+    item->setForeground(0, QColor(196, 40, 28));
+    QFont font = item->font(0);
+    font.setBold(true);
+    item->setFont(0, font);
+    item->setToolTip(0, QStringLiteral("超编%1人").arg(count - limit, 0, 'g', 15));
+}
+
 struct Entry {
     QString code;
     QString name;
@@ -189,7 +203,7 @@ QTreeWidgetItem* AddNode(QTreeWidget* tree, QTreeWidgetItem* parent, const QStri
 }
 
 void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode,
-                  qint32 state, qint16 showCounts, qint16 withLeaves) {
+                  qint32 state, qint16 showCounts, qint16 withLeaves, bool warnOverQuota) {
     QString sql =
         QStringLiteral("Select fCode,fName,fLimited,fYnxj from ") + table + QStringLiteral(" Where 1=1");
     if (withLeaves == 0) sql += QStringLiteral(" And fYnxj=0");
@@ -255,6 +269,12 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
             }
         }
         QTreeWidgetItem* item = newNode(key, text, e.dept ? ImageDept : ImagePost);
+        if (counts) {
+            item->setData(0, kLimitRole, e.limit);
+            item->setData(0, kCountRole, heads->count(e.code));
+            // Marked while detached: marking a shown tree afterwards lays it out again per node.
+            if (warnOverQuota) markOverQuota(item);
+        }
         parent->addChild(item);
         map.insert(key, item);
         previousCode = e.code;
@@ -265,6 +285,23 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     tree->addTopLevelItem(top);
     NodeKeys::of(tree)->set(std::move(map));
     top->setExpanded(true);
+}
+
+int CountOverQuota(QTreeWidget* tree) {
+    int over = 0;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it)
+        if (NodeOverQuota(*it)) ++over;
+    return over;
+}
+
+bool NodeOverQuota(const QTreeWidgetItem* item, double* limit, int* count) {
+    if (!item) return false;
+    const QVariant l = item->data(0, kLimitRole);
+    const QVariant n = item->data(0, kCountRole);
+    if (!l.isValid() || !n.isValid()) return false;
+    if (limit) *limit = l.toDouble();
+    if (count) *count = n.toInt();
+    return l.toDouble() > 0 && n.toInt() > l.toDouble();
 }
 
 } // namespace zq

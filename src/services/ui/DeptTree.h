@@ -20,9 +20,16 @@ QIcon TreeImageIcon(int image);
 // it whose code begins its own, or the root. showCode -1 puts the code and a tab before the name;
 // showCounts 1 puts a tab and "(限n人,共m人)" behind it (persons in `state`, sub-entries included);
 // withLeaves 0 keeps entries of fYnxj 0 only. The counts come from one grouped statement, equal to
-// one CountPersons per node.
+// one CountPersons per node. warnOverQuota draws an entry whose count exceeds its quota (above 0)
+// in a warning colour, its text unchanged.
 void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode,
-                  qint32 state, qint16 showCounts, qint16 withLeaves);
+                  qint32 state, qint16 showCounts, qint16 withLeaves, bool warnOverQuota = false);
+
+// Whether an entry's head count exceeds its quota (above 0), as FillDeptTree counted them; never
+// when the tree was filled without counts. The quota and count are given back when asked for.
+bool NodeOverQuota(const QTreeWidgetItem* item, double* limit = nullptr, int* count = nullptr);
+// The entries over their quota.
+int CountOverQuota(QTreeWidget* tree);
 
 // Keys and images of tree nodes, as FillDeptTree and AddNode set them.
 QString NodeKey(const QTreeWidgetItem* item);

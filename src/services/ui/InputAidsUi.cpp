@@ -18,6 +18,14 @@
 
 namespace zq {
 
+Hourglass::Hourglass() {
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+Hourglass::~Hourglass() {
+    QApplication::restoreOverrideCursor();
+}
+
 namespace {
 
 // What the numeric test of text boxes accepts: blanks, an optional sign, digits with one point,
@@ -163,8 +171,8 @@ void CenterOnForm(QWidget* control, QWidget* form) {
 }
 
 void ExpandAllNodes(QTreeWidget* tree) {
-    for (QTreeWidgetItemIterator it(tree); *it; ++it)
-        (*it)->setExpanded(true);
+    // One pass of the view: expanding node by node lays a shown tree out again each time.
+    tree->expandAll();
 }
 
 } // namespace zq

@@ -9,6 +9,14 @@ class QWidget;
 
 namespace zq {
 
+// The wait cursor for as long as it lives.
+struct Hourglass {
+    Hourglass();
+    ~Hourglass();
+    Hourglass(const Hourglass&) = delete;
+    Hourglass& operator=(const Hourglass&) = delete;
+};
+
 // The key filter of text boxes. keyCode is the typed character's code (negative for a double-byte
 // character, 22 for paste); it becomes 0 when the key is swallowed.
 void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric);

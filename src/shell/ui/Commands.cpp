@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include "office/frmBg_Report.h"
+#include "organisation/frmRs_Dept.h"
 #include "organisation/frmRs_PersonAssignOk.h"
 #include "personnel/frmRs_Person.h"
 #include "personnel/frmRs_PersonBasic.h"
@@ -67,7 +68,11 @@ void registerScreens() {
                  [](QWidget* parent) { return new frmRs_PersonBasic(parent); });
     registerForm(QStringLiteral("frmRs_PersonAssignOk"),
                  [](QWidget* parent) { return new frmRs_PersonAssignOk(parent); });
-    // department register
+    // The department register always opens on its own table.
+    registerCommand(
+        {QStringLiteral("mnuRsbm"), QStringLiteral("mnuRsSysBm")}, [] { return new frmRs_Dept; },
+        [](QDialog& d, qint16) { d.setProperty("myTable", QStringLiteral("trs_bm")); });
+    registerForm(QStringLiteral("frmRs_Dept"), [](QWidget* parent) { return new frmRs_Dept(parent); });
     registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
                     [] { return new frmBg_Report; });
     registerForm(QStringLiteral("frmRs_RptSet"), [](QWidget* parent) { return new frmRs_RptSet(parent); });

@@ -1,0 +1,836 @@
+#include "frmRs_Dept.h"
+
+#include "DeptData.h"
+
+#include "printing/Print.h"
+#include "services/FieldDictionary.h"
+#include "services/InputAids.h"
+#include "services/Lookups.h"
+#include "services/ui/BriefDialog.h"
+#include "services/ui/ComboLookups.h"
+#include "services/ui/DeptTree.h"
+#include "services/ui/Grid.h"
+#include "services/ui/GridColumns.h"
+#include "services/ui/InputAidsUi.h"
+#include "shell/DbError.h"
+#include "shell/Globals.h"
+#include "shell/Prompts.h"
+#include "shell/Recordset.h"
+#include "shell/Rights.h"
+#include "shell/SqlText.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QColorDialog>
+#include <QComboBox>
+#include <QFrame>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+#include <utility>
+
+namespace zq {
+
+namespace {
+
+const QString kAllDepts = QStringLiteral("==所有部门==");
+const QString kDeptTable = QStringLiteral("tRs_Bm");
+const QColor kDefaultColor(Qt::white);
+// Grid columns open at this width (characters) and follow a dragged one.
+constexpr double kColumnWidth = 20;
+
+frmRs_Dept::ColorPicker& colorPicker() {
+    static frmRs_Dept::ColorPicker picker;
+    return picker;
+}
+
+QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
+    auto* b = new QPushButton(caption, parent);
+    b->setObjectName(QLatin1String(name));
+    b->setAutoDefault(false);
+    return b;
+}
+
+QLabel* label(QWidget* parent, const char* name, const QString& caption) {
+    auto* l = new QLabel(caption, parent);
+    l->setObjectName(QLatin1String(name));
+    return l;
+}
+
+QLineEdit* textBox(QWidget* parent, const char* name, int maxLength) {
+    auto* t = new QLineEdit(parent);
+    t->setObjectName(QLatin1String(name));
+    t->setMaxLength(maxLength);
+    return t;
+}
+
+// Colours are kept as the long of the old form runtime: red in the low byte, blue in the high.
+qint32 colorLong(const QColor& c) {
+    return c.red() | (c.green() << 8) | (c.blue() << 16);
+}
+
+QColor colorOfLong(qint32 v) {
+    return QColor(v & 0xff, (v >> 8) & 0xff, (v >> 16) & 0xff);
+}
+
+// The combo shows the value, added when its list lacks it, so that a save keeps what was stored.
+void showComboValue(QComboBox* combo, const QString& value) {
+    int i = ComboIndexOf(combo, value);
+    if (i < 0) {
+        combo->addItem(value);
+        i = combo->count() - 1;
+    }
+    combo->setCurrentIndex(i);
+}
+
+// A stripe of colour and text that says what the screen is doing.
+void paintBanner(QLabel* banner, const QString& text, const QColor& color) {
+    banner->setText(text);
+    banner->setStyleSheet(QStringLiteral("QLabel { background: %1; color: white; padding: 4px 8px; "
+                                         "font-weight: bold; border-radius: 3px; }")
+                              .arg(color.name()));
+}
+
+} // namespace
+
+void frmRs_Dept::setColorPicker(ColorPicker picker) {
+    colorPicker() = std::move(picker);
+}
+
+frmRs_Dept::frmRs_Dept(QWidget* parent)
+    : QDialog(parent) {
+    setObjectName(QStringLiteral("frmRs_Dept"));
+    setWindowTitle(QStringLiteral("部门与组织架构"));
+    setWindowFlag(Qt::WindowMaximizeButtonHint);
+    buildControls();
+    setMinimumSize(820, 540);
+    resize(1080, 660);
+    setState(State::Browse);
+}
+
+void frmRs_Dept::buildControls() {
+    // The button bar.
+    m_cmdAdd = button(this, "cmdAdd", QStringLiteral("新增(&A)"));
+    m_cmdChg = button(this, "cmdChg", QStringLiteral("修改(&C)"));
+    m_cmdDel = button(this, "cmdDel", QStringLiteral("删除(&D)"));
+    m_cmdDetail = button(this, "cmdDetail", QStringLiteral("工作职责与流程"));
+    m_cmdPrint = button(this, "cmdPrint", QStringLiteral("打印(&P)"));
+    m_chkList = new QCheckBox(QStringLiteral("职务列表"), this);
+    m_chkList->setObjectName(QStringLiteral("chkList"));
+    m_chkBmList = new QCheckBox(QStringLiteral("列印部门"), this);
+    m_chkBmList->setObjectName(QStringLiteral("chkBmList"));
+    m_chkBmList->hide();
+    m_cmdListOption = button(this, "CmdlistOption", QStringLiteral("栏目选项"));
+    m_cmdListOption->hide();
+    m_cmdQuit = button(this, "cmdQuit", QStringLiteral("退出>>"));
+    auto* top = new QHBoxLayout;
+    top->setSpacing(4);
+    for (QWidget* w :
+         {static_cast<QWidget*>(m_cmdAdd), static_cast<QWidget*>(m_cmdChg), static_cast<QWidget*>(m_cmdDel),
+          static_cast<QWidget*>(m_cmdDetail), static_cast<QWidget*>(m_cmdPrint)})
+        top->addWidget(w);
+    top->addSpacing(12);
+    top->addWidget(m_chkList);
+    top->addWidget(m_chkBmList);
+    top->addWidget(m_cmdListOption);
+    top->addStretch();
+    top->addWidget(m_cmdQuit);
+
+    // Left: the choice of department and the tree.
+    m_fraLeft = new QFrame(this);
+    m_fraLeft->setObjectName(QStringLiteral("fraLeft"));
+    auto* left = new QVBoxLayout(m_fraLeft);
+    left->setContentsMargins(0, 0, 0, 0);
+    auto* lblTitle = label(m_fraLeft, "lblTitle", QStringLiteral("部门一览表"));
+    QFont titleFont = lblTitle->font();
+    titleFont.setBold(true);
+    lblTitle->setFont(titleFont);
+    m_cboDept = new QComboBox(m_fraLeft);
+    m_cboDept->setObjectName(QStringLiteral("cboDept"));
+    m_chkNoListCode = new QCheckBox(QStringLiteral("不显示<编码>"), m_fraLeft);
+    m_chkNoListCode->setObjectName(QStringLiteral("chkNoListCode"));
+    m_chkTotalMan = new QCheckBox(QStringLiteral("统计人数"), m_fraLeft);
+    m_chkTotalMan->setObjectName(QStringLiteral("chkTotalMan"));
+    m_chkTotalMan->setChecked(true);
+    auto* checks = new QHBoxLayout;
+    checks->addWidget(m_chkNoListCode);
+    checks->addWidget(m_chkTotalMan);
+    checks->addStretch();
+    m_tree = new QTreeWidget(m_fraLeft);
+    m_tree->setObjectName(QStringLiteral("Tree1"));
+    m_tree->setHeaderHidden(true);
+    m_tree->setUniformRowHeights(true);
+    m_tree->header()->setStretchLastSection(false);
+    m_tree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    m_lblOverQuota = label(m_fraLeft, "lblOverQuota", QString());
+    m_lblOverQuota->setStyleSheet(QStringLiteral("QLabel { color: #c4281c; }"));
+    m_lblOverQuota->hide();
+    left->addWidget(lblTitle);
+    left->addWidget(m_cboDept);
+    left->addLayout(checks);
+    left->addWidget(m_tree, 1);
+    left->addWidget(m_lblOverQuota);
+
+    // Right: the edit panel above the pages or the list.
+    auto* right = new QWidget(this);
+    auto* rightLayout = new QVBoxLayout(right);
+    rightLayout->setContentsMargins(0, 0, 0, 0);
+    m_picture1 = buildEditPanel();
+    m_right = new QStackedWidget(right);
+    m_right->addWidget(buildPages());
+    m_grid = new ZqGrid(right);
+    m_grid->setObjectName(QStringLiteral("Grid1"));
+    m_grid->setReadOnly(true);
+    m_grid->setRowSelection(true);
+    m_grid->hide();
+    m_right->addWidget(m_grid);
+    rightLayout->addWidget(m_picture1);
+    rightLayout->addWidget(m_right, 1);
+
+    auto* split = new QSplitter(Qt::Horizontal, this);
+    split->addWidget(m_fraLeft);
+    split->addWidget(right);
+    split->setStretchFactor(0, 0);
+    split->setStretchFactor(1, 1);
+    split->setCollapsible(1, false);
+    split->setSizes({470, 590});
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 6, 6, 6);
+    layout->addLayout(top);
+    layout->addWidget(split, 1);
+
+    connect(m_cboDept, &QComboBox::activated, this, [this] {
+        guarded([this] {
+            RefreshTree();
+            if (m_grid->isVisible()) fillList();
+        });
+    });
+    connect(m_chkNoListCode, &QCheckBox::clicked, this, [this] { guarded([this] { RefreshTree(); }); });
+    connect(m_chkTotalMan, &QCheckBox::clicked, this, [this] { guarded([this] { RefreshTree(); }); });
+    // A click that moves to another node arrives twice (change, then click): it is handled once.
+    connect(m_tree, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* node) {
+        if (m_filling || !node) return;
+        m_clickedNode = node;
+        guarded([this, node] { Tree1_NodeClick(node); });
+    });
+    connect(m_tree, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* node) {
+        if (std::exchange(m_clickedNode, nullptr) == node) return;
+        guarded([this, node] { Tree1_NodeClick(node); });
+    });
+    connect(m_tree, &QTreeWidget::itemDoubleClicked, this,
+            [this](QTreeWidgetItem* node) { guarded([this, node] { Tree1_DblClick(node); }); });
+    connect(m_chkList, &QCheckBox::clicked, this, [this] { guarded([this] { chkList_Click(); }); });
+    connect(m_chkBmList, &QCheckBox::clicked, this, [this] { guarded([this] { chkList_Click(); }); });
+    connect(m_grid, &ZqGrid::colWidthChanged, this, [this](int, double width) {
+        if (m_filling) return;
+        m_filling = true;
+        for (int c = 1; c <= m_grid->maxCols(); ++c)
+            m_grid->setColWidth(c, width);
+        m_filling = false;
+    });
+    const auto wire = [this](QPushButton* b, void (frmRs_Dept::*handler)()) {
+        connect(b, &QPushButton::clicked, this,
+                [this, handler] { guarded([this, handler] { (this->*handler)(); }); });
+    };
+    wire(m_cmdAdd, &frmRs_Dept::cmdAdd_Click);
+    wire(m_cmdChg, &frmRs_Dept::cmdChg_Click);
+    wire(m_cmdDel, &frmRs_Dept::cmdDel_Click);
+    wire(m_cmdDetail, &frmRs_Dept::cmdDetail_Click);
+    wire(m_cmdPrint, &frmRs_Dept::cmdPrint_Click);
+    wire(m_cmdListOption, &frmRs_Dept::CmdlistOption_Click);
+    wire(m_cmdQuit, &frmRs_Dept::cmdQuit_Click);
+    wire(m_cmdSave, &frmRs_Dept::cmdSave_Click);
+    wire(m_cmdCancel, &frmRs_Dept::cmdCancel_Click);
+    wire(m_cmdColor, &frmRs_Dept::cmdColor_Click);
+    wire(m_cmdPosOk, &frmRs_Dept::cmdPosOk_Click);
+    wire(m_cmdPosCancel, &frmRs_Dept::cmdPosCancel_Click);
+    connect(m_check1, &QCheckBox::clicked, this, &frmRs_Dept::Check1_Click);
+}
+
+QFrame* frmRs_Dept::buildEditPanel() {
+    auto* panel = new QFrame(this);
+    panel->setObjectName(QStringLiteral("Picture1"));
+    panel->setFrameShape(QFrame::StyledPanel);
+    auto* grid = new QGridLayout(panel);
+    m_lblMode = label(panel, "lblMode", QString());
+    m_lblCode = label(panel, "lblCode", QStringLiteral("部门编码"));
+    m_lblName = label(panel, "lblName", QStringLiteral("部门名称"));
+    m_lblNumber = label(panel, "lblNumber", QStringLiteral("限定人数"));
+    m_lblRsType = label(panel, "lblRsType", QStringLiteral("职员类别"));
+    m_lblGzType = label(panel, "lblGzType", QStringLiteral("工资级别"));
+    m_txtCode = textBox(panel, "TxtCode", 15);
+    m_txtName = textBox(panel, "TxtName", 20);
+    m_txtNumber = textBox(panel, "txtNumber", 6);
+    m_txtNumber->setAutoFillBackground(true);
+    m_check1 = new QCheckBox(QStringLiteral("岗位职务"), panel);
+    m_check1->setObjectName(QStringLiteral("Check1"));
+    m_cboRsType = new QComboBox(panel);
+    m_cboRsType->setObjectName(QStringLiteral("cboRsType"));
+    m_cboGzType = new QComboBox(panel);
+    m_cboGzType->setObjectName(QStringLiteral("cboGzType"));
+    m_cmdColor = button(panel, "cmdColor", QStringLiteral("颜色..."));
+    m_cmdColor->hide();
+    m_cmdSave = button(panel, "cmdSave", QStringLiteral("确定"));
+    m_cmdCancel = button(panel, "cmdCancel", QStringLiteral("取消"));
+
+    grid->addWidget(m_lblMode, 0, 0, 1, 5);
+    grid->addWidget(m_lblCode, 1, 0);
+    grid->addWidget(m_txtCode, 1, 1);
+    grid->addWidget(m_lblName, 1, 2);
+    grid->addWidget(m_txtName, 1, 3, 1, 2);
+    grid->addWidget(m_lblNumber, 2, 0);
+    auto* number = new QHBoxLayout;
+    number->addWidget(m_txtNumber);
+    number->addWidget(m_cmdColor);
+    grid->addLayout(number, 2, 1);
+    grid->addWidget(m_check1, 2, 3);
+    grid->addWidget(m_lblRsType, 3, 0);
+    grid->addWidget(m_cboRsType, 3, 1);
+    grid->addWidget(m_lblGzType, 3, 2);
+    grid->addWidget(m_cboGzType, 3, 3, 1, 2);
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_cmdSave);
+    buttons->addWidget(m_cmdCancel);
+    grid->addLayout(buttons, 4, 0, 1, 5);
+    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(3, 1);
+
+    attachKeyFilter(m_txtCode, 15);
+    attachKeyFilter(m_txtName, 20);
+    // The quota box shares the name's limit; its own length of six still holds.
+    attachKeyFilter(m_txtNumber, 20, true);
+    connect(m_txtCode, &QLineEdit::returnPressed, m_txtName, qOverload<>(&QWidget::setFocus));
+    SendTabOnEnter(m_txtName);
+    SendTabOnEnter(m_txtNumber);
+    setNumberColor(kDefaultColor);
+    panel->hide();
+    return panel;
+}
+
+QWidget* frmRs_Dept::buildPages() {
+    auto* panel = new QWidget(this);
+    auto* layout = new QVBoxLayout(panel);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* opts = new QHBoxLayout;
+    m_optDetail = new QButtonGroup(this);
+    const QStringList captions = {QStringLiteral("岗位职责"), QStringLiteral("备注")};
+    for (int i = 0; i < 2; ++i) {
+        auto* opt = new QRadioButton(captions.at(i), panel);
+        opt->setObjectName(QStringLiteral("optDetail(%1)").arg(i));
+        opt->setEnabled(false);
+        m_optDetail->addButton(opt, i);
+        opts->addWidget(opt);
+    }
+    m_optDetail->button(0)->setChecked(true);
+    m_lblPages = label(panel, "lblPages", QString());
+    m_lblPages->hide();
+    opts->addSpacing(12);
+    opts->addWidget(m_lblPages);
+    opts->addStretch();
+    m_pages = new QStackedWidget(panel);
+    m_text1 = new QPlainTextEdit(panel);
+    m_text1->setObjectName(QStringLiteral("Text1"));
+    m_text2 = new QPlainTextEdit(panel);
+    m_text2->setObjectName(QStringLiteral("Text2"));
+    m_pages->addWidget(m_text1);
+    m_pages->addWidget(m_text2);
+    m_cmdPosOk = button(panel, "cmdPosOk", QStringLiteral("确定"));
+    m_cmdPosCancel = button(panel, "cmdPosCancel", QStringLiteral("取消"));
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_cmdPosOk);
+    buttons->addWidget(m_cmdPosCancel);
+    layout->addLayout(opts);
+    layout->addWidget(m_pages, 1);
+    layout->addLayout(buttons);
+
+    connect(m_optDetail, &QButtonGroup::idClicked, this, [this] { showDetailPage(); });
+    connect(m_text1, &QPlainTextEdit::textChanged, this, [this] {
+        if (!m_filling) m_tag1 = true;
+    });
+    connect(m_text2, &QPlainTextEdit::textChanged, this, [this] {
+        if (!m_filling) m_tag2 = true;
+    });
+    return panel;
+}
+
+template <typename F> void frmRs_Dept::guarded(F&& f) {
+    try {
+        f();
+    } catch (const DbError& e) {
+        m_filling = false;
+        ShowMsg(e.message(), vbExclamation, windowTitle());
+    }
+}
+
+template <typename F> bool frmRs_Dept::saved(F&& f) {
+    try {
+        Hourglass wait;
+        f();
+        return true;
+    } catch (const DbError&) {
+        // The transaction has rolled back: the register is as it was.
+        ShowMsg(QStringLiteral("存盘错误!"), vbExclamation, windowTitle());
+        return false;
+    }
+}
+
+void frmRs_Dept::showEvent(QShowEvent* event) {
+    if (!m_loaded) guarded([this] { load(); });
+    QDialog::showEvent(event);
+}
+
+bool frmRs_Dept::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate && m_loaded) OpenControlConn();
+    return QDialog::event(event);
+}
+
+void frmRs_Dept::load() {
+    m_loaded = true;
+    OpenControlConn();
+    // 1.
+    CenterForm(this);
+    // 6 (the table first: the tree below reads it).
+    if (m_table.isEmpty()) m_table = QStringLiteral("trs_bm");
+    m_model = DeptModelKey();
+    const bool departments = m_table == QStringLiteral("trs_bm");
+    m_cmdColor->setVisible(!departments);
+    if (!departments) m_lblNumber->setText(QStringLiteral("颜色"));
+    m_chkTotalMan->setEnabled(departments);
+    m_chkTotalMan->setVisible(departments);
+    if (!departments) m_chkTotalMan->setChecked(false);
+    // 2.
+    m_fields = SetGridColumns(kDeptTable, m_grid, 0, 1);
+    for (int c = 1; c <= m_grid->maxCols(); ++c)
+        m_grid->setColWidth(c, kColumnWidth);
+    // 3.
+    fillDeptCombo();
+    // 4.
+    quint8 withCode = 0;
+    for (const auto& [combo, field] : {std::pair{m_cboRsType, QStringLiteral("fygxz")},
+                                       std::pair{m_cboGzType, QStringLiteral("fGzName")}}) {
+        combo->clear();
+        combo->addItem(QString());
+        FillBriefCombo(combo, GetFieldBriefType(QStringLiteral("tRsBasic"), field), withCode);
+    }
+    // 5.
+    m_cboDept->setCurrentIndex(0);
+    RefreshTree();
+}
+
+void frmRs_Dept::fillDeptCombo() {
+    m_filling = true;
+    FillCodeCombo(kDeptTable, m_cboDept, G().DeptScope, 0, 0);
+    m_cboDept->insertItem(0, kAllDepts);
+    m_cboDept->setCurrentIndex(-1);
+    m_filling = false;
+}
+
+void frmRs_Dept::RefreshTree() {
+    const QString prefix = CodeFromName(kDeptTable, m_cboDept->currentText());
+    m_filling = true;
+    FillDeptTree(m_tree, m_table, prefix, m_chkNoListCode->isChecked() ? 0 : -1, 1,
+                 m_chkTotalMan->isChecked() ? 1 : 0, -1, true);
+    ExpandAllNodes(m_tree);
+    // The row in hand stays selected across a refill.
+    const QString code = G().CurPersonCode;
+    if (QTreeWidgetItem* node = code.isEmpty() ? nullptr : FindNode(m_tree, QLatin1Char('B') + code))
+        m_tree->setCurrentItem(node);
+    m_filling = false;
+    const int over = CountOverQuota(m_tree);
+    m_lblOverQuota->setText(QStringLiteral("超编：%1 个部门或岗位").arg(over));
+    m_lblOverQuota->setVisible(over > 0);
+}
+
+void frmRs_Dept::Tree1_NodeClick(QTreeWidgetItem* node) {
+    if (!node) return;
+    if (!node->parent()) {
+        // The company: the row chosen before stays in hand.
+        m_nodeHit = 0;
+        return;
+    }
+    if (m_state == State::Describe && !leaveChangedDescriptions(node)) return;
+    Globals& g = G();
+    for (QAbstractButton* opt : m_optDetail->buttons())
+        opt->setEnabled(true);
+    m_optDetail->button(0)->setText(NodeImage(node) == ImageDept ? QStringLiteral("部门职能")
+                                                                 : QStringLiteral("岗位描述"));
+    // The key holds the code; the name stands after the code's tab, or first when codes are hidden.
+    // Reading the text alone would take a head count for the name when codes are hidden.
+    const QString text = node->text(0);
+    const QString code = NodeKey(node).mid(1);
+    const bool codeShown = text.startsWith(code + QLatin1Char('\t'));
+    g.CurPersonCode = code;
+    g.CurPersonName = text.section(QLatin1Char('\t'), codeShown ? 1 : 0, codeShown ? 1 : 0);
+    m_nodeHit = 1;
+    loadDescriptions(code);
+}
+
+void frmRs_Dept::loadDescriptions(const QString& code) {
+    QString detail1;
+    QString detail2;
+    GetDetailPair(m_table, code, detail1, detail2);
+    m_filling = true;
+    m_text1->setPlainText(detail1);
+    m_text2->setPlainText(detail2);
+    m_filling = false;
+    m_tag1 = m_tag2 = false;
+}
+
+bool frmRs_Dept::descriptionsChanged() const {
+    return m_tag1 || m_tag2;
+}
+
+bool frmRs_Dept::leaveChangedDescriptions(QTreeWidgetItem* node) {
+    // Moving to another row while its pages are being edited would replace the typed text: the
+    // user decides first, as on leaving the editing.
+    if (!descriptionsChanged()) return true;
+    const QString previous = G().CurPersonCode;
+    const int answer = ShowMsg(m_cmdDetail->text() + QStringLiteral("内容已经改变，是否存盘？"),
+                               vbYesNoCancel + vbQuestion, windowTitle());
+    if (answer == vbYes) {
+        cmdPosOk_Click();
+        return !descriptionsChanged();
+    }
+    if (answer == vbNo) return true;
+    // Cancel: back to the row being edited, its text kept.
+    if (QTreeWidgetItem* back = FindNode(m_tree, QLatin1Char('B') + previous); back && back != node) {
+        m_filling = true;
+        m_tree->setCurrentItem(back);
+        m_filling = false;
+    }
+    return false;
+}
+
+void frmRs_Dept::Tree1_DblClick(QTreeWidgetItem* node) {
+    if (!node || !node->parent() || !m_cmdChg->isEnabled()) return;
+    cmdChg_Click();
+}
+
+void frmRs_Dept::chkList_Click() {
+    const bool showList = m_chkList->isChecked() || m_chkBmList->isChecked();
+    m_cmdListOption->setVisible(showList);
+    m_chkBmList->setVisible(showList);
+    m_grid->setVisible(showList);
+    for (QAbstractButton* opt : m_optDetail->buttons())
+        opt->setVisible(!showList);
+    m_cmdDetail->setEnabled(!showList);
+    m_right->setCurrentIndex(showList ? 1 : 0);
+    m_cmdPrint->setText(showList ? QStringLiteral("列表打印") : QStringLiteral("打印(&P)"));
+    if (showList) fillList();
+}
+
+void frmRs_Dept::fillList() {
+    const QString code = CodeFromName(kDeptTable, m_cboDept->currentText());
+    const QString sql = DeptListSql(m_fields, code, m_chkBmList->isChecked(), m_chkList->isChecked());
+    m_grid->setRedraw(false);
+    m_grid->setMaxRows(0);
+    m_grid->loadRows(ReadRows(sql));
+    m_grid->setRedraw(true);
+    if (m_grid->maxRows() == 0) ShowMsg(QStringLiteral("未有符合条件的记录"), vbInformation, windowTitle());
+}
+
+void frmRs_Dept::CmdlistOption_Click() {
+    if (ShowBriefDialog(kDeptTable, QString(), 5).isEmpty()) return;
+    m_fields = SetGridColumns(kDeptTable, m_grid, 0, 1);
+    for (int c = 1; c <= m_grid->maxCols(); ++c)
+        m_grid->setColWidth(c, kColumnWidth);
+    fillList();
+}
+
+void frmRs_Dept::setState(State state) {
+    m_state = state;
+    const bool browse = state == State::Browse;
+    const bool editing = state == State::Add || state == State::Change;
+    const bool describing = state == State::Describe;
+    const bool showList = m_chkList->isChecked() || m_chkBmList->isChecked();
+    for (QWidget* w :
+         {static_cast<QWidget*>(m_cmdAdd), static_cast<QWidget*>(m_cmdChg), static_cast<QWidget*>(m_cmdDel),
+          static_cast<QWidget*>(m_cmdPrint), static_cast<QWidget*>(m_cmdQuit)})
+        w->setEnabled(browse);
+    m_cmdDetail->setEnabled(browse && !showList);
+    m_chkList->setEnabled(browse);
+    m_chkBmList->setEnabled(!editing);
+    m_cmdListOption->setEnabled(!editing);
+    m_fraLeft->setEnabled(!editing);
+    m_picture1->setVisible(editing);
+    m_cmdSave->setDefault(false);
+
+    // The pages: locked and plain while browsing, open and marked while describing.
+    m_cmdPosOk->setVisible(describing);
+    m_cmdPosCancel->setVisible(describing);
+    for (QPlainTextEdit* t : {m_text1, m_text2}) {
+        t->setReadOnly(!describing);
+        QPalette p = t->palette();
+        p.setColor(QPalette::Base,
+                   describing ? palette().color(QPalette::Base) : palette().color(QPalette::Window));
+        t->setPalette(p);
+    }
+    m_lblPages->setVisible(describing);
+    if (describing)
+        paintBanner(m_lblPages, QStringLiteral("正在编辑：") + m_cmdDetail->text(), QColor(191, 120, 0));
+    if (editing) {
+        const QString kind = m_check1->isChecked() ? QStringLiteral("岗位") : QStringLiteral("部门");
+        if (state == State::Add)
+            paintBanner(m_lblMode, QStringLiteral("新增") + kind, QColor(46, 125, 50));
+        else
+            paintBanner(m_lblMode, QStringLiteral("修改") + kind + QStringLiteral("：") + G().CurPersonName,
+                        QColor(21, 101, 192));
+    }
+}
+
+void frmRs_Dept::showDetailPage() {
+    m_pages->setCurrentIndex(qMax(0, m_optDetail->checkedId()));
+}
+
+void frmRs_Dept::cmdAdd_Click() {
+    if (CheckModel(m_model, 1) == 0) return;
+    m_mode = 1;
+    Globals& g = G();
+    g.CurPersonCode.clear();
+    g.CurPersonName.clear();
+    m_check1->setChecked(false);
+    setNumberColor(kDefaultColor);
+    Check1_Click();
+    setState(State::Add);
+    m_txtCode->setFocus();
+}
+
+void frmRs_Dept::cmdChg_Click() {
+    if (CheckModel(m_model, 2) == 0) return;
+    const Globals& g = G();
+    if (g.CurPersonCode.isEmpty()) {
+        ShowMsg(QStringLiteral("请选择部门或职务！"), vbExclamation, windowTitle());
+        return;
+    }
+    m_mode = 2;
+    m_txtCode->setText(g.CurPersonCode);
+    m_txtName->setText(g.CurPersonName);
+    qint32 limit = 0;
+    quint8 level = 0;
+    QString staffType;
+    QString wageGrade;
+    if (GetDeptPost(g.CurPersonCode, limit, level, staffType, wageGrade) != 0) {
+        m_txtNumber->setText(QString::number(limit));
+        m_check1->setChecked(level == 1);
+        showComboValue(m_cboRsType, staffType);
+        showComboValue(m_cboGzType, wageGrade);
+    }
+    // The row keeps its colour unless the user picks another.
+    const qint32 color = DeptColor(m_table, g.CurPersonCode);
+    setNumberColor(color < 0 ? kDefaultColor : colorOfLong(color));
+    Check1_Click();
+    setState(State::Change);
+    m_txtCode->setFocus();
+}
+
+void frmRs_Dept::Check1_Click() {
+    const bool post = m_check1->isChecked();
+    m_lblCode->setText(post ? QStringLiteral("岗位编号") : QStringLiteral("部门编码"));
+    m_lblName->setText(post ? QStringLiteral("岗位名称") : QStringLiteral("部门名称"));
+    for (QWidget* w : {static_cast<QWidget*>(m_cboRsType), static_cast<QWidget*>(m_cboGzType),
+                       static_cast<QWidget*>(m_lblRsType), static_cast<QWidget*>(m_lblGzType)})
+        w->setVisible(post);
+    if (m_state == State::Add || m_state == State::Change) setState(m_state);
+}
+
+void frmRs_Dept::cmdSave_Click() {
+    Globals& g = G();
+    const QString code = m_txtCode->text();
+    const QString name = m_txtName->text();
+    switch (CheckDeptSave(m_table, m_mode, code, name, g.CurPersonCode, g.CurPersonName)) {
+    case DeptSaveCheck::EmptyCode:
+        ShowMsg(m_word + QStringLiteral("编码不能为空。"));
+        m_txtCode->setFocus();
+        return;
+    case DeptSaveCheck::EmptyName:
+        ShowMsg(m_word + QStringLiteral("名称不能为空。"));
+        m_txtName->setFocus();
+        return;
+    case DeptSaveCheck::CodeExists:
+        ShowMsg(QStringLiteral("编号已存在。"), vbExclamation);
+        m_txtCode->setFocus();
+        m_txtCode->selectAll();
+        return;
+    case DeptSaveCheck::NameExists:
+        ShowMsg(QStringLiteral("名称已存在。"), vbExclamation);
+        m_txtName->setFocus();
+        m_txtName->selectAll();
+        return;
+    case DeptSaveCheck::Ok:
+        break;
+    }
+    const DeptRow row{code,
+                      name,
+                      Val(m_txtNumber->text()),
+                      numberColor(),
+                      m_check1->isChecked() ? 1 : 0,
+                      m_cboRsType->currentText(),
+                      m_cboGzType->currentText()};
+    if (!saved([&] { SaveDeptRow(m_table, m_mode, g.CurPersonCode, row); })) return;
+
+    const bool adding = m_mode == 1;
+    const QString done = (adding ? name : g.CurPersonName) + QStringLiteral(": ") +
+                         (row.post == 1 ? QStringLiteral("岗位") : QStringLiteral("部门")) +
+                         (adding ? QStringLiteral("新增") : QStringLiteral("修改")) +
+                         QStringLiteral("完毕！");
+    ShowMsg(done, vbInformation, windowTitle());
+    WriteLogRecord(done);
+    if (adding) {
+        m_txtCode->setFocus();
+    } else {
+        // The changed row stays in hand under its new code and name.
+        g.CurPersonCode = code;
+        g.CurPersonName = name;
+        setState(State::Browse);
+    }
+    m_txtCode->clear();
+    m_txtName->clear();
+    m_txtNumber->clear();
+    RefreshTree();
+    fillDeptCombo();
+}
+
+void frmRs_Dept::cmdCancel_Click() {
+    m_mode = 0;
+    m_txtCode->clear();
+    m_txtName->clear();
+    m_txtNumber->clear();
+    setState(State::Browse);
+}
+
+qint32 frmRs_Dept::numberColor() const {
+    return colorLong(m_txtNumber->palette().color(QPalette::Base));
+}
+
+void frmRs_Dept::setNumberColor(const QColor& color) {
+    QPalette p = m_txtNumber->palette();
+    p.setColor(QPalette::Base, color);
+    m_txtNumber->setPalette(p);
+}
+
+void frmRs_Dept::cmdColor_Click() {
+    const QColor present = m_txtNumber->palette().color(QPalette::Base);
+    const QColor chosen =
+        colorPicker() ? colorPicker()(present) : QColorDialog::getColor(present, this, m_cmdColor->text());
+    if (chosen.isValid()) setNumberColor(chosen);
+}
+
+void frmRs_Dept::cmdDel_Click() {
+    if (CheckModel(m_model, 3) == 0) return;
+    Globals& g = G();
+    const QString code = g.CurPersonCode;
+    const QString name = g.CurPersonName;
+    if (code.isEmpty()) return;
+    if (m_table == QStringLiteral("trs_bm")) {
+        switch (CheckDeptDelete(m_table, code)) {
+        case DeptDeleteCheck::HasLowerLevels:
+            ShowMsg(QStringLiteral("该") + m_word + QStringLiteral("尚有下级,不能删除。"));
+            return;
+        case DeptDeleteCheck::HasStaff:
+            ShowMsg(QStringLiteral("该") + m_word + QStringLiteral("尚有职员,不能删除。"));
+            return;
+        case DeptDeleteCheck::Ok:
+            break;
+        }
+    }
+    if (ShowMsg(QStringLiteral("是否删除 ") + m_word + QStringLiteral(" ( ") + name + QStringLiteral(" ) ?"),
+                vbYesNo + vbQuestion, windowTitle()) != vbYes)
+        return;
+    if (!saved([&] { DeleteDeptRow(m_table, code); })) return;
+    m_filling = true;
+    delete FindNode(m_tree, QLatin1Char('B') + code);
+    m_tree->setCurrentItem(nullptr);
+    m_filling = false;
+    // The pages of a row that is gone are not left on show.
+    loadDescriptions(QString());
+    DeptDeleteCascade(code, name);
+    WriteLogRecord(QStringLiteral("删除") + m_word + QLatin1Char(':') + code + QLatin1Char('-') + name);
+    g.CurPersonCode.clear();
+    g.CurPersonName.clear();
+}
+
+void frmRs_Dept::cmdDetail_Click() {
+    if (CheckModel(m_model, 4) == 0) return;
+    // Without a row the pages belong to nothing and a save would store nowhere.
+    if (G().CurPersonCode.isEmpty()) {
+        ShowMsg(QStringLiteral("请选择部门或职务！"), vbExclamation, windowTitle());
+        return;
+    }
+    setState(State::Describe);
+    m_tag1 = m_tag2 = false;
+    showDetailPage();
+    QPlainTextEdit* page = m_optDetail->checkedId() == 1 ? m_text2 : m_text1;
+    page->setFocus();
+}
+
+void frmRs_Dept::cmdPosOk_Click() {
+    if (!descriptionsChanged()) return;
+    const QString code = G().CurPersonCode;
+    const QString detail1 = m_text1->toPlainText();
+    const QString detail2 = m_text2->toPlainText();
+    if (!saved([&] { SaveDescriptions(m_table, code, detail1, m_tag1, detail2, m_tag2); })) return;
+    ShowMsg(m_cmdDetail->text() + QStringLiteral("存盘完毕!"), vbInformation, windowTitle());
+    m_tag1 = m_tag2 = false;
+}
+
+void frmRs_Dept::cmdPosCancel_Click() {
+    if (descriptionsChanged()) {
+        const int answer = ShowMsg(m_cmdDetail->text() + QStringLiteral("内容已经改变，是否存盘？"),
+                                   vbYesNoCancel + vbQuestion, windowTitle());
+        if (answer == vbCancel) {
+            // A second press leaves without asking.
+            m_tag1 = m_tag2 = false;
+            return;
+        }
+        if (answer == vbYes) {
+            cmdPosOk_Click();
+            return;
+        }
+    }
+    loadDescriptions(G().CurPersonCode);
+    setState(State::Browse);
+}
+
+void frmRs_Dept::cmdPrint_Click() {
+    if (m_chkList->isChecked() || m_chkBmList->isChecked()) {
+        G().showmode = 1;
+        PrintGrid({QStringLiteral("部门"), m_cboDept->currentText()}, m_grid, QStringLiteral("部门职务列表"),
+                  QString());
+        return;
+    }
+    PrintTreeView(m_tree, windowTitle());
+}
+
+void frmRs_Dept::cmdQuit_Click() {
+    accept();
+}
+
+void frmRs_Dept::reject() {
+    // Esc belongs to the edit panel or the description editing while either is open.
+    switch (m_state) {
+    case State::Add:
+    case State::Change:
+        cmdCancel_Click();
+        return;
+    case State::Describe:
+        guarded([this] { cmdPosCancel_Click(); });
+        return;
+    case State::Browse:
+        QDialog::reject();
+        return;
+    }
+}
+
+} // namespace zq
