@@ -29,7 +29,11 @@ void openRegister(Context&) {
     QCoreApplication::processEvents();
 }
 
-// One register for every save; each save renames the same row back and forth.
+int saves = 0;
+
+// One register for every save; each save renames the same row back and forth (a trailing "*"), so
+// with an even number of saves in all (the untimed one and an odd --runs) the database ends as it
+// began.
 zq::frmRs_Dept* screen() {
     static zq::frmRs_Dept* w = [] {
         auto* d = new zq::frmRs_Dept;
@@ -39,8 +43,6 @@ zq::frmRs_Dept* screen() {
     }();
     return w;
 }
-
-int saves = 0;
 
 void prepareSave(Context&) {
     // The supervisor saves, and the messages of the save are answered by script.

@@ -263,6 +263,8 @@ QFrame* frmRs_Dept::buildEditPanel() {
     panel->setFrameShape(QFrame::StyledPanel);
     auto* grid = new QGridLayout(panel);
     m_lblMode = label(panel, "lblMode", QString());
+    // Styled from the start, so that the panel is laid out for the banner before it first shows.
+    paintBanner(m_lblMode, QString(), QColor(46, 125, 50));
     m_lblCode = label(panel, "lblCode", QStringLiteral("部门编码"));
     m_lblName = label(panel, "lblName", QStringLiteral("部门名称"));
     m_lblNumber = label(panel, "lblNumber", QStringLiteral("限定人数"));
@@ -334,6 +336,7 @@ QWidget* frmRs_Dept::buildPages() {
     }
     m_optDetail->button(0)->setChecked(true);
     m_lblPages = label(panel, "lblPages", QString());
+    paintBanner(m_lblPages, QString(), QColor(191, 120, 0));
     m_lblPages->hide();
     opts->addSpacing(12);
     opts->addWidget(m_lblPages);

@@ -409,8 +409,9 @@ void frmRs_Person::load() {
 
 void frmRs_Person::fillTree() {
     m_filling = true;
+    // Quotas concern the staff in service: only their tree warns of a department over its quota.
     FillDeptTree(m_tree, QStringLiteral("tRs_bm"), QString(), 0, m_rsState,
-                 m_chkTotalMan->isChecked() ? 1 : 0, 0);
+                 m_chkTotalMan->isChecked() ? 1 : 0, 0, m_rsState == 1);
     // The department chosen stays chosen across a refill.
     QTreeWidgetItem* node =
         m_treeDeptCode.isEmpty() ? nullptr : FindNode(m_tree, QLatin1Char('B') + m_treeDeptCode);

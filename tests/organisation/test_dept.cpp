@@ -7,6 +7,7 @@
 #include "organisation/frmRs_Dept.h"
 #include "personnel/frmRs_PersonBasic.h"
 #include "printing/PrintOutput.h"
+#include "services/ui/BriefDialog.h"
 #include "services/ui/DeptTree.h"
 #include "services/ui/Grid.h"
 #include "shell/Globals.h"
@@ -22,6 +23,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -110,7 +112,10 @@ private slots:
         person("005", 5, "02");
     }
 
-    void cleanup() { frmRs_Dept::setColorPicker(nullptr); }
+    void cleanup() {
+        frmRs_Dept::setColorPicker(nullptr);
+        setBriefDriver(nullptr);
+    }
 
     void treeShowsCodesCountsAndQuotas() {
         frmRs_Dept w;
@@ -490,6 +495,70 @@ private slots:
         QCOMPARE(G().CurPersonCode, QStringLiteral("X1"));
     }
 
+    void listColumnsFollowTheChoice() {
+        frmRs_Dept w;
+        w.show();
+        auto* grid = child<ZqGrid>(w, QStringLiteral("Grid1"));
+        QVERIFY(w.myFields().contains(QStringLiteral("fLimited")));
+        const int columns = grid->maxCols();
+        QCOMPARE(grid->colWidth(1), 20.0);
+        child<QCheckBox>(w, QStringLiteral("chkList"))->click();
+        setBriefDriver([](BriefDialog& d) {
+            auto* table = d.findChild<QTableWidget*>(QStringLiteral("grdColumns"));
+            for (int r = 0; r < table->rowCount(); ++r)
+                if (table->item(r, 0)->text() == QStringLiteral("限定人数"))
+                    table->item(r, 0)->setCheckState(Qt::Unchecked);
+            d.accept();
+        });
+        click(w, "CmdlistOption");
+        QVERIFY(!w.myFields().contains(QStringLiteral("fLimited")));
+        QCOMPARE(grid->maxCols(), columns - 1);
+        QCOMPARE(grid->maxRows(), 1);
+        // A dragged width goes to every column.
+        grid->setColWidth(2, 9);
+        emit grid->colWidthChanged(2, 9);
+        QCOMPARE(grid->colWidth(1), 9.0);
+        QCOMPARE(grid->colWidth(grid->maxCols()), 9.0);
+    }
+
+    void anotherCodeTableTakesAColour() {
+        // A code table of the same shape: a colour instead of a quota, no head counts, and deleting
+        // asks nothing about lower levels or staff.
+        exec("create table tRs_Colour as select * from tRs_Bm where 1=0");
+        exec("insert into tRs_Colour (fCode,fName,fLimited,fYnxj) values ('1','红',0,0),('10','深红',0,0)");
+        frmRs_Dept w;
+        w.setProperty("myTable", QStringLiteral("tRs_Colour"));
+        w.show();
+        QCOMPARE(w.myTable(), QStringLiteral("trs_colour"));
+        QVERIFY(!child<QPushButton>(w, QStringLiteral("cmdColor"))->isHidden());
+        QVERIFY(child<QCheckBox>(w, QStringLiteral("chkTotalMan"))->isHidden());
+        QCOMPARE(child<QLabel>(w, QStringLiteral("lblNumber"))->text(), QStringLiteral("颜色"));
+        QCOMPARE(parentCode(w, "10"), QStringLiteral("1"));
+
+        frmRs_Dept::setColorPicker([](const QColor&) { return QColor(0, 0, 255); });
+        click(w, "cmdAdd");
+        click(w, "cmdColor");
+        child<QLineEdit>(w, QStringLiteral("TxtCode"))->setText(QStringLiteral("2"));
+        child<QLineEdit>(w, QStringLiteral("TxtName"))->setText(QStringLiteral("蓝"));
+        click(w, "cmdSave");
+        QCOMPARE(one("select fColor from tRs_Colour where fcode='2'").toInt(), 0xff0000); // blue, high byte
+        click(w, "cmdCancel");
+
+        // A change keeps the stored colour unless another is picked.
+        select(w, "2");
+        click(w, "cmdChg");
+        child<QLineEdit>(w, QStringLiteral("TxtName"))->setText(QStringLiteral("天蓝"));
+        click(w, "cmdSave");
+        QCOMPARE(one("select fColor from tRs_Colour where fcode='2'").toInt(), 0xff0000);
+
+        select(w, "1");
+        m_prompts->clear();
+        m_prompts->answer(vbYes);
+        click(w, "cmdDel");
+        QCOMPARE(m_prompts->messages(), QStringList({"是否删除 部门 ( 红 ) ?"}));
+        QCOMPARE(count("select count(*) from tRs_Colour where fcode='1'"), 0);
+    }
+
     void rightsAndTheMenuKeys() {
         // Without the module's rights the buttons refuse.
         Globals& g = G();
@@ -535,6 +604,10 @@ private slots:
         w.show();
         select(w, one("select min(fCode) from tRs_Bm where fYnxj=0 and fDetail1<>''"));
         QVERIFY(w.grab().save(path));
+        // And the same row being changed, beside it.
+        click(w, "cmdChg");
+        QApplication::processEvents();
+        QVERIFY(w.grab().save(QString(path).replace(QStringLiteral(".png"), QStringLiteral("-change.png"))));
     }
 };
 

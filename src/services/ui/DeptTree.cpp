@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
@@ -149,6 +150,22 @@ void markOverQuota(QTreeWidgetItem* item) {
     item->setToolTip(0, QStringLiteral("超编%1人").arg(count - limit, 0, 'g', 15));
 }
 
+// Shows the tabs of node texts as an even gap: the text itself keeps its tabs, which readers of the
+// node text split at, but tab stops would scatter names and counts at uneven places.
+class NodeTextDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QString displayText(const QVariant& value, const QLocale& locale) const override {
+        QString text = QStyledItemDelegate::displayText(value, locale);
+        return text.replace(QLatin1Char('\t'), QStringLiteral("\u3000"));
+    }
+};
+
+void useNodeTextDelegate(QTreeWidget* tree) {
+    if (!dynamic_cast<NodeTextDelegate*>(tree->itemDelegate()))
+        tree->setItemDelegate(new NodeTextDelegate(tree));
+}
+
 struct Entry {
     QString code;
     QString name;
@@ -222,6 +239,7 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     }
 
     tree->clear();
+    useNodeTextDelegate(tree);
     const bool counts = showCounts == 1;
     // Without counts the root's count is never shown, so it is not asked for.
     std::optional<HeadCounts> heads;
