@@ -12,6 +12,7 @@
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -377,18 +378,6 @@ template <typename F> void frmRs_Dept::guarded(F&& f) {
     }
 }
 
-template <typename F> bool frmRs_Dept::saved(F&& f) {
-    try {
-        Hourglass wait;
-        f();
-        return true;
-    } catch (const DbError&) {
-        // The transaction has rolled back: the register is as it was.
-        ShowMsg(QStringLiteral("存盘错误!"), vbExclamation, windowTitle());
-        return false;
-    }
-}
-
 void frmRs_Dept::showEvent(QShowEvent* event) {
     if (!m_loaded) guarded([this] { load(); });
     QDialog::showEvent(event);
@@ -681,7 +670,7 @@ void frmRs_Dept::cmdSave_Click() {
                       m_check1->isChecked() ? 1 : 0,
                       m_cboRsType->currentText(),
                       m_cboGzType->currentText()};
-    if (!saved([&] { SaveDeptRow(m_table, m_mode, g.CurPersonCode, row); })) return;
+    if (!SaveOrTell(this, [&] { SaveDeptRow(m_table, m_mode, g.CurPersonCode, row); })) return;
 
     const bool adding = m_mode == 1;
     const QString done = (adding ? name : g.CurPersonName) + QStringLiteral(": ") +
@@ -751,7 +740,7 @@ void frmRs_Dept::cmdDel_Click() {
     if (ShowMsg(QStringLiteral("是否删除 ") + m_word + QStringLiteral(" ( ") + name + QStringLiteral(" ) ?"),
                 vbYesNo + vbQuestion, windowTitle()) != vbYes)
         return;
-    if (!saved([&] { DeleteDeptRow(m_table, code); })) return;
+    if (!SaveOrTell(this, [&] { DeleteDeptRow(m_table, code); })) return;
     m_filling = true;
     delete FindNode(m_tree, QLatin1Char('B') + code);
     m_tree->setCurrentItem(nullptr);
@@ -783,7 +772,7 @@ void frmRs_Dept::cmdPosOk_Click() {
     const QString code = G().CurPersonCode;
     const QString detail1 = m_text1->toPlainText();
     const QString detail2 = m_text2->toPlainText();
-    if (!saved([&] { SaveDescriptions(m_table, code, detail1, m_tag1, detail2, m_tag2); })) return;
+    if (!SaveOrTell(this, [&] { SaveDescriptions(m_table, code, detail1, m_tag1, detail2, m_tag2); })) return;
     ShowMsg(m_cmdDetail->text() + QStringLiteral("存盘完毕!"), vbInformation, windowTitle());
     m_tag1 = m_tag2 = false;
 }

@@ -85,7 +85,6 @@ private:
     qint32 numberColor() const;
     void setNumberColor(const QColor& color);
     template <typename F> void guarded(F&& f);
-    template <typename F> bool saved(F&& f);
 
     bool m_loaded = false;
     bool m_filling = false;

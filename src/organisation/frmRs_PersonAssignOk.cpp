@@ -4,6 +4,7 @@
 #include "services/Lookups.h"
 #include "services/ui/ComboLookups.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -386,12 +387,7 @@ MoveOrder frmRs_PersonAssignOk::order() const {
 void frmRs_PersonAssignOk::cmdOk_Click() {
     if (!confirmed()) return;
     MoveSaveResult result;
-    try {
-        result = SaveMoveOrder(order(), m_mode);
-    } catch (const DbError&) {
-        ShowMsg(QStringLiteral("存盘错误!"), vbExclamation, windowTitle());
-        return;
-    }
+    if (!SaveOrTell(this, [&] { result = SaveMoveOrder(order(), m_mode); })) return;
     if (result == MoveSaveResult::NumberInUse) {
         refuse(QStringLiteral("调令号已有存在，请调整号码！"), box(0), true);
         return;

@@ -11,6 +11,7 @@
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -328,18 +329,6 @@ template <typename F> void frmRs_Person::guarded(F&& f) {
     }
 }
 
-template <typename F> bool frmRs_Person::saved(F&& f) {
-    try {
-        Hourglass wait;
-        f();
-        return true;
-    } catch (const DbError&) {
-        // The transaction has rolled back; the list and the person in hand stay as they were.
-        ShowMsg(QStringLiteral("存盘错误!"), vbExclamation, windowTitle());
-        return false;
-    }
-}
-
 void frmRs_Person::showEvent(QShowEvent* event) {
     if (!m_loaded) guarded([this] { load(); });
     QDialog::showEvent(event);
@@ -591,7 +580,7 @@ void frmRs_Person::ComDel_Click() {
                     QStringLiteral(") ？"),
                 vbYesNo + vbQuestion, kTitle) != vbYes)
         return;
-    if (!saved([&] { DeletePerson(code, name, m_rsState); })) return;
+    if (!SaveOrTell(this, [&] { DeletePerson(code, name, m_rsState); })) return;
     RemovePersonRow();
 }
 
@@ -648,7 +637,7 @@ void frmRs_Person::cmdLZOK_Click() {
         return;
     m_pictLZ->hide();
     const int reason = qMax(0, m_optLeft->checkedId());
-    if (!saved([&] { SetPersonLeft(code, m_rsState, reason); })) return;
+    if (!SaveOrTell(this, [&] { SetPersonLeft(code, m_rsState, reason); })) return;
     WriteLogRecord(m_optLeft->button(reason)->text() + QStringLiteral(" [") + code + QLatin1Char('-') + name +
                    QLatin1Char(']'));
     RemovePersonRow();

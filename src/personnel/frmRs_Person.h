@@ -98,7 +98,6 @@ private:
     // Runs a handler; a failed statement is shown instead of leaving the event loop.
     template <typename F> void guarded(F&& f);
     // Runs a save; a failure is reported as such and gives false.
-    template <typename F> bool saved(F&& f);
 
     bool m_loaded = false;
     int m_rsState = 1;

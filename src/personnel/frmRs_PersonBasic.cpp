@@ -8,6 +8,7 @@
 #include "services/ui/ComboLookups.h"
 #include "services/ui/GridBinding.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -388,14 +389,7 @@ bool frmRs_PersonBasic::validate() {
 void frmRs_PersonBasic::cmdOK_Click() {
     if (m_mode == 0 || !validate()) return;
     const PersonBasicRow r = row();
-    try {
-        Hourglass wait;
-        SavePersonBasic(m_mode, r, G().CurPersonCode);
-    } catch (const DbError&) {
-        // Rolled back; the screen keeps the input for another try.
-        ShowMsg(QStringLiteral("存盘错误!"), vbExclamation, windowTitle());
-        return;
-    }
+    if (!SaveOrTell(this, [&] { SavePersonBasic(m_mode, r, G().CurPersonCode); })) return;
     bool photoSaved = false;
     try {
         photoSaved = StorePersonPhoto(r.values.at(0), m_photoPath);

@@ -3,6 +3,7 @@
 #include "FieldSettingsData.h"
 #include "services/ui/BriefDialog.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -103,12 +104,8 @@ void frmRs_RptSet::load() {
 void frmRs_RptSet::cmdOK_Click() {
     const QString name = m_txtName->text();
     if (name.isEmpty()) return;
-    try {
-        WriteFieldSetting(m_tabelName, m_field, name, m_txtItemNo->text());
-    } catch (const DbError&) {
-        ShowMsg(QStringLiteral("存盘错误!"), vbExclamation, windowTitle());
+    if (!SaveOrTell(this, [&] { WriteFieldSetting(m_tabelName, m_field, name, m_txtItemNo->text()); }))
         return;
-    }
     G().RptSetResult = name;
     accept();
 }

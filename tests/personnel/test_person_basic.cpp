@@ -90,11 +90,7 @@ private slots:
         test::freshDatabase();
         m_prompts = &scriptPrompts();
         m_prompts->clear();
-        Globals& g = G();
-        g.UserName = g.ZgName = QStringLiteral("admin");
-        g.myPower = QString(350, QLatin1Char('1'));
-        g.CurPersonCode.clear();
-        g.CurPersonName.clear();
+        test::actAsSupervisor();
         transfers = 0;
         exec("insert into tRs_Bm (fCode,fName,fYnxj) values ('01','生产部',0)");
         exec("insert into tRs_Bm (fCode,fName,fYnxj) values ('02','销售部',0)");

@@ -1,3 +1,4 @@
+#include "Controls.h"
 #include "PdfTools.h"
 #include "TestDb.h"
 
@@ -26,20 +27,12 @@
 #include <QTreeWidget>
 
 using namespace zq;
+using test::child;
+using test::click;
 using test::exec;
 using test::one;
 
 namespace {
-template <typename T> T* child(QWidget& w, const QString& name) {
-    T* c = w.findChild<T*>(name);
-    if (!c) qFatal("no child %s", qPrintable(name));
-    return c;
-}
-
-void click(QWidget& w, const char* name) {
-    child<QPushButton>(w, QLatin1String(name))->click();
-}
-
 void trigger(QWidget& w, const char* name) {
     child<QAction>(w, QLatin1String(name))->trigger();
 }
@@ -102,12 +95,8 @@ private slots:
     void init() {
         test::freshDatabase();
         m_prompts = &scriptPrompts();
-        Globals& g = G();
-        g.UserName = g.ZgName = QStringLiteral("admin");
-        g.myPower = QString(350, QLatin1Char('1'));
-        g.CompName = QStringLiteral("测试公司");
-        g.CurPersonCode.clear();
-        g.CurPersonName.clear();
+        test::actAsSupervisor();
+        G().CompName = QStringLiteral("测试公司");
         opened.clear();
         dept("01", "生产部");
         dept("0101", "一车间");

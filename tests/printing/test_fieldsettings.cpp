@@ -1,3 +1,4 @@
+#include "Controls.h"
 #include "TestDb.h"
 
 #include "printing/frmRs_list.h"
@@ -16,6 +17,8 @@
 #include <QTest>
 
 using namespace zq;
+using test::child;
+using test::click;
 using test::exec;
 
 namespace {
@@ -31,16 +34,6 @@ void type(QLineEdit* box, const QString& text) {
     QInputMethodEvent commit;
     commit.setCommitString(text);
     QApplication::sendEvent(box, &commit);
-}
-
-template <typename T> T* child(QWidget& w, const char* name) {
-    T* c = w.findChild<T*>(QLatin1String(name));
-    if (!c) qFatal("no child %s", name);
-    return c;
-}
-
-void click(QWidget& w, const char* name) {
-    child<QPushButton>(w, name)->click();
 }
 
 void person(const QString& code, const QString& name, int state) {

@@ -1,3 +1,4 @@
+#include "Controls.h"
 #include "TestDb.h"
 
 #include "services/InputAids.h"
@@ -17,6 +18,8 @@
 #include <QTreeWidget>
 
 using namespace zq;
+using test::child;
+using test::click;
 using test::exec;
 
 namespace {
@@ -57,16 +60,6 @@ QStringList visibleRows(QTreeWidget* list) {
         if (!list->topLevelItem(i)->isHidden())
             l << list->topLevelItem(i)->text(0) + QLatin1Char(' ') + list->topLevelItem(i)->text(1);
     return l;
-}
-
-template <typename T> T* child(QWidget& w, const char* name) {
-    T* c = w.findChild<T*>(QLatin1String(name));
-    if (!c) qFatal("no control %s", name);
-    return c;
-}
-
-void click(QWidget& w, const char* name) {
-    child<QPushButton>(w, name)->click();
 }
 
 void selectText(QComboBox* combo, const QString& text) {

@@ -1,3 +1,4 @@
+#include "Controls.h"
 #include "TestDb.h"
 
 #include "shell/Globals.h"
@@ -20,6 +21,7 @@
 #include <QTest>
 
 using namespace zq;
+using test::child;
 
 namespace {
 void setCompany(const QString& fullName) {
@@ -34,12 +36,6 @@ QStringList logTexts() {
     for (const LogEntry& e : readLog(conn(), LogFilter()))
         out.prepend(e.user + ":" + e.text);
     return out;
-}
-
-template <typename T> T* child(QDialog& d, const char* name) {
-    T* w = d.findChild<T*>(QLatin1String(name));
-    if (!w) qFatal("no control %s", name);
-    return w;
 }
 
 void logIn(QDialog& d, const QString& user, const QString& password) {

@@ -1,3 +1,4 @@
+#include "Controls.h"
 #include "TestDb.h"
 
 #include "shell/Globals.h"
@@ -23,14 +24,9 @@
 #include <QTest>
 
 using namespace zq;
+using test::child;
 
 namespace {
-template <typename T> T* child(QWidget& d, const char* name) {
-    T* w = d.findChild<T*>(QLatin1String(name));
-    if (!w) qFatal("no control %s", name);
-    return w;
-}
-
 int rowOf(QTableWidget* grid, const QString& caption) {
     for (int r = 0; r < grid->rowCount(); ++r)
         if (grid->item(r, 0)->text() == caption) return r;

@@ -133,4 +133,12 @@ QString one(const QString& sql) {
     return rs.eof() ? QString() : rs.text(0);
 }
 
+void actAsSupervisor() {
+    Globals& g = G();
+    g.UserName = g.ZgName = QStringLiteral("admin");
+    g.myPower = QString(350, QLatin1Char('1'));
+    g.CurPersonCode.clear();
+    g.CurPersonName.clear();
+}
+
 } // namespace zq::test

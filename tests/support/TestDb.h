@@ -22,6 +22,10 @@ void exec(const QString& sql);
 // The first field of the first row of a query, or "" when there is no row.
 QString one(const QString& sql);
 
+// The signed-in user is "admin", the supervisor, with every right, so that no screen refuses for
+// rights; no person is in hand.
+void actAsSupervisor();
+
 // Exit code that tells CTest the program was skipped.
 constexpr int kSkipped = 77;
 

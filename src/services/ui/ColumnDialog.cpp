@@ -1,6 +1,6 @@
 #include "ColumnDialog.h"
 
-#include "shell/DbError.h"
+#include "SaveOrTell.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/Recordset.h"
@@ -137,7 +137,7 @@ bool ColumnDialog::save() {
     }
 
     bool changed = false;
-    try {
+    const bool saved = SaveOrTell(this, [&] {
         Transaction t(conn());
         Recordset rs(conn(), sql(), Cursor::Keyset, Lock::Optimistic);
         for (const Change& c : now) {
@@ -155,10 +155,8 @@ bool ColumnDialog::save() {
             changed = true;
         }
         t.commit();
-    } catch (const DbError&) {
-        ShowMsg(QStringLiteral("存盘错误!"), vbExclamation, windowTitle());
-        return false;
-    }
+    });
+    if (!saved) return false;
     m_answer = changed ? list.join(QLatin1Char(',')) : QString();
     return true;
 }
