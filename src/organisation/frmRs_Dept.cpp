@@ -218,16 +218,9 @@ void frmRs_Dept::buildControls() {
     });
     connect(m_chkNoListCode, &QCheckBox::clicked, this, [this] { guarded([this] { RefreshTree(); }); });
     connect(m_chkTotalMan, &QCheckBox::clicked, this, [this] { guarded([this] { RefreshTree(); }); });
-    // A click that moves to another node arrives twice (change, then click): it is handled once.
-    connect(m_tree, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* node) {
-        if (m_filling || !node) return;
-        m_clickedNode = node;
-        guarded([this, node] { Tree1_NodeClick(node); });
-    });
-    connect(m_tree, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* node) {
-        if (std::exchange(m_clickedNode, nullptr) == node) return;
-        guarded([this, node] { Tree1_NodeClick(node); });
-    });
+    ConnectNodeClick(
+        m_tree, this, [this] { return m_filling; },
+        [this](QTreeWidgetItem* node) { guarded([this, node] { Tree1_NodeClick(node); }); });
     connect(m_tree, &QTreeWidget::itemDoubleClicked, this,
             [this](QTreeWidgetItem* node) { guarded([this, node] { Tree1_DblClick(node); }); });
     connect(m_chkList, &QCheckBox::clicked, this, [this] { guarded([this] { chkList_Click(); }); });

@@ -97,7 +97,6 @@ private:
     State m_state = State::Browse;
     bool m_tag1 = false;
     bool m_tag2 = false;
-    QTreeWidgetItem* m_clickedNode = nullptr;
 
     QWidget* m_fraLeft;
     QComboBox* m_cboDept;

@@ -197,16 +197,9 @@ void frmRs_Person::buildControls() {
 
     connect(m_cboZT, &QComboBox::activated, this, [this] { guarded([this] { cboZT_Click(); }); });
     connect(m_chkTotalMan, &QCheckBox::clicked, this, [this] { guarded([this] { chkTotalMan_Click(); }); });
-    // A click that moves to another node arrives twice (change, then click): it is handled once.
-    connect(m_tree, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* node) {
-        if (m_filling || !node) return;
-        m_changedNode = node;
-        guarded([this, node] { Tree1_NodeClick(node); });
-    });
-    connect(m_tree, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* node) {
-        if (std::exchange(m_changedNode, nullptr) == node) return;
-        guarded([this, node] { Tree1_NodeClick(node); });
-    });
+    ConnectNodeClick(
+        m_tree, this, [this] { return m_filling; },
+        [this](QTreeWidgetItem* node) { guarded([this, node] { Tree1_NodeClick(node); }); });
     connect(m_tree, &QTreeWidget::itemDoubleClicked, this, [this] { guarded([this] { Tree1_DblClick(); }); });
     connect(m_grid, &ZqGrid::leaveCell, this, &frmRs_Person::Grid1_LeaveCell);
     connect(m_grid, &ZqGrid::dblClick, this,

@@ -107,7 +107,6 @@ private:
     QString m_treeDeptCode;
     QString m_treeDeptName;
     bool m_filling = false;
-    QTreeWidgetItem* m_changedNode = nullptr;
 
     QComboBox* m_cboZT;
     QCheckBox* m_chkTotalMan;

@@ -16,6 +16,7 @@
 #include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
+#include <utility>
 
 namespace zq {
 
@@ -320,6 +321,21 @@ bool NodeOverQuota(const QTreeWidgetItem* item, double* limit, int* count) {
     if (limit) *limit = l.toDouble();
     if (count) *count = n.toInt();
     return l.toDouble() > 0 && n.toInt() > l.toDouble();
+}
+
+void ConnectNodeClick(QTreeWidget* tree, QObject* context, std::function<bool()> filling,
+                      std::function<void(QTreeWidgetItem*)> onClick) {
+    auto changed = std::make_shared<QTreeWidgetItem*>(nullptr);
+    QObject::connect(tree, &QTreeWidget::currentItemChanged, context,
+                     [filling, onClick, changed](QTreeWidgetItem* node) {
+                         if (filling() || !node) return;
+                         *changed = node;
+                         onClick(node);
+                     });
+    QObject::connect(tree, &QTreeWidget::itemClicked, context, [onClick, changed](QTreeWidgetItem* node) {
+        if (std::exchange(*changed, nullptr) == node) return;
+        onClick(node);
+    });
 }
 
 } // namespace zq

@@ -5,6 +5,9 @@
 #include <QIcon>
 #include <QString>
 
+#include <functional>
+
+class QObject;
 class QTreeWidget;
 class QTreeWidgetItem;
 
@@ -41,5 +44,10 @@ QTreeWidgetItem* FindNode(QTreeWidget* tree, const QString& key);
 // when -1. A key already in the tree is refused with a DbError, as the tree refuses it.
 QTreeWidgetItem* AddNode(QTreeWidget* tree, QTreeWidgetItem* parent, const QString& key, const QString& text,
                          int image, int index = -1);
+
+// Calls onClick once for each click on a node. A click that moves to another node arrives twice
+// (the change, then the click); a change while filling() holds is a refill, not a click.
+void ConnectNodeClick(QTreeWidget* tree, QObject* context, std::function<bool()> filling,
+                      std::function<void(QTreeWidgetItem*)> onClick);
 
 } // namespace zq
