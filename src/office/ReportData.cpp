@@ -101,12 +101,13 @@ int FirstFreeChecker(const QStringList& checkers) {
     return -1;
 }
 
-int WriteReport(int id, const Report& r) {
+int WriteReport(int id, const Report& r, const RowSnapshot& loaded) {
     const bool adding = id == 0;
     Recordset rs(conn(),
                  QStringLiteral("select * from tRs_RptFlow where ") +
                      (adding ? QStringLiteral("1=2") : QStringLiteral("fID=") + num(id)),
                  Cursor::Static, Lock::Optimistic);
+    if (!adding) RequireUnchanged(loaded, rs);
     if (adding) {
         id = int(Val(NextCode(kTable, QStringLiteral("fID"), {}))) + 1;
         rs.addNew();
@@ -168,7 +169,7 @@ void SignOff(Recordset& rs, int checkerNo, int verdict, const QString& answer) {
 }
 
 void DeleteReport(int id) {
-    conn().execute(QStringLiteral("DELETE From tRs_RptFlow where fID=") + num(id));
+    conn().executeOne(QStringLiteral("DELETE From tRs_RptFlow where fID=") + num(id));
 }
 
 } // namespace zq::report

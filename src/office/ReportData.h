@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/Recordset.h"
+
 #include <QColor>
 #include <QDate>
 #include <QString>
@@ -64,8 +66,9 @@ struct Report {
 };
 
 // Writes a new report (id 0) or the report of id: all fields, the joined checker list, every
-// verdict back to 0; the answers stay. Gives the id written.
-int WriteReport(int id, const Report& r);
+// verdict back to 0; the answers stay. Gives the id written. A report that another client changed
+// or deleted since `loaded` was read is refused with ConflictError.
+int WriteReport(int id, const Report& r, const RowSnapshot& loaded = {});
 // The text of the notice a report is forwarded as.
 QString NoticeText(const Report& r);
 // Inserts the notice row into tRs_News; a quote in the text fails it.
@@ -82,6 +85,7 @@ Rights RightsOf(const Recordset& rs, const QString& userName, bool supervisor);
 // Writes checker n's verdict and answer into the current row and updates it.
 void SignOff(Recordset& rs, int checkerNo, int verdict, const QString& answer);
 
+// Deletes the report; one that is gone already is a ConflictError.
 void DeleteReport(int id);
 
 } // namespace report

@@ -7,6 +7,7 @@
 #include "services/Lookups.h"
 #include "services/ui/ComboLookups.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -617,9 +618,13 @@ void frmBg_Report::cmdOK_Click() {
 
     try {
         Transaction t(conn());
-        report::WriteReport(adding ? 0 : int(m_rs->val(QStringLiteral("fID"))), r);
+        report::WriteReport(adding ? 0 : int(m_rs->val(QStringLiteral("fID"))), r,
+                            adding ? RowSnapshot() : Snapshot(*m_rs));
         if (forward) report::ForwardNotice(r.date, report::NoticeText(r), r.dept);
         t.commit();
+    } catch (const ConflictError& e) {
+        ShowMsg(SaveErrorText(e), vbExclamation, windowTitle());
+        return;
     } catch (const DbError&) {
         ShowMsg(kSaveError, vbExclamation, windowTitle());
         return; // still editing, with the typed text in place
@@ -642,6 +647,11 @@ void frmBg_Report::cmdDel_Click() {
         Transaction t(conn());
         report::DeleteReport(id);
         t.commit();
+    } catch (const ConflictError& e) {
+        ShowMsg(SaveErrorText(e), vbExclamation, windowTitle());
+        unsetCursor();
+        reloadList(m_filter);
+        return;
     } catch (const DbError&) {
         ShowMsg(kSaveError, vbExclamation, windowTitle());
         unsetCursor();

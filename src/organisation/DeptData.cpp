@@ -79,13 +79,23 @@ DeptSaveCheck CheckDeptSave(const QString& table, int mode, const QString& code,
     return DeptSaveCheck::Ok;
 }
 
-void SaveDeptRow(const QString& table, int mode, const QString& currentCode, const DeptRow& row) {
+namespace {
+QString deptRowSql(const QString& table, const QString& code) {
+    return QStringLiteral("Select fCode,fName,fLimited,fColor,fYnxj,fRz,fgzname from ") + table +
+           QStringLiteral(" where Fcode=") + quoted(code);
+}
+} // namespace
+
+RowSnapshot LoadDeptSnapshot(const QString& table, const QString& code) {
+    return Snapshot(Recordset(conn(), deptRowSql(table, code)));
+}
+
+void SaveDeptRow(const QString& table, int mode, const QString& currentCode, const DeptRow& row,
+                 const RowSnapshot& loaded) {
     Connection& c = conn();
     Transaction t(c);
-    Recordset rs(c,
-                 QStringLiteral("Select fCode,fName,fLimited,fColor,fYnxj,fRz,fgzname from ") + table +
-                     QStringLiteral(" where Fcode=") + quoted(currentCode),
-                 Cursor::Keyset, Lock::Optimistic);
+    Recordset rs(c, deptRowSql(table, currentCode), Cursor::Keyset, Lock::Optimistic);
+    if (mode != 1) RequireUnchanged(loaded, rs);
     if (mode == 1 || rs.eof()) rs.addNew();
     // Values are bound, yet a quote is refused here as everywhere else in the system's text.
     rs.setValue(QStringLiteral("fcode"), checked(row.code));
@@ -122,7 +132,7 @@ DeptDeleteCheck CheckDeptDelete(const QString& table, const QString& code) {
 void DeleteDeptRow(const QString& table, const QString& code) {
     Connection& c = conn();
     Transaction t(c);
-    c.execute(QStringLiteral("Delete from ") + table + QStringLiteral(" where fcode=") + quoted(code));
+    c.executeOne(QStringLiteral("Delete from ") + table + QStringLiteral(" where fcode=") + quoted(code));
     t.commit();
 }
 
@@ -165,26 +175,25 @@ void DeptRenameCascade(const QString& oldCode, const QString& newCode, const QSt
         });
 }
 
-QString DescriptionUpdateSql(const QString& table, const QString& code, const QString& detail1, bool changed1,
-                             const QString& detail2, bool changed2) {
-    if (!changed1 && !changed2) return {};
-    QString sql = QStringLiteral("update ") + table;
-    if (changed1 && changed2)
-        sql += QStringLiteral(" Set fDetail1=") + quoted(detail1) + QStringLiteral(",fDetail2=") +
-               quoted(detail2);
-    else if (changed1)
-        sql += QStringLiteral(" Set fDetail1=") + quoted(detail1);
-    else
-        sql += QStringLiteral(" Set fDetail2=") + quoted(detail2);
-    return sql + QStringLiteral(" where fcode=") + quoted(code);
-}
-
-bool SaveDescriptions(const QString& table, const QString& code, const QString& detail1, bool changed1,
-                      const QString& detail2, bool changed2) {
-    if (!changed1 && !changed2) return false;
+bool SaveDescriptions(const QString& table, const QString& code, const DescriptionPage& page1,
+                      const DescriptionPage& page2) {
+    if (!page1.changed && !page2.changed) return false;
+    // Only the changed pages are written, each only while it still holds the text read.
+    QStringList sets;
+    QString guard;
+    QVariantList binds;
+    for (const auto& [page, column] :
+         {std::pair{&page1, QStringLiteral("fDetail1")}, std::pair{&page2, QStringLiteral("fDetail2")}}) {
+        if (!page->changed) continue;
+        sets << column + QLatin1Char('=') + quoted(page->text);
+        guard += QStringLiteral(" and coalesce(") + column + QStringLiteral(",'')=coalesce(?,'')");
+        binds << page->loaded;
+    }
     Connection& c = conn();
     Transaction t(c);
-    c.execute(DescriptionUpdateSql(table, code, detail1, changed1, detail2, changed2));
+    c.executeOne(QStringLiteral("update ") + table + QStringLiteral(" Set ") + sets.join(QLatin1Char(',')) +
+                     QStringLiteral(" where fcode=") + quoted(code) + guard,
+                 binds);
     t.commit();
     return true;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/Recordset.h"
+
 #include <QString>
 
 namespace zq {
@@ -34,10 +36,16 @@ struct DeptRow {
     QString staffType;
     QString wageGrade;
 };
+// The fields of the row in hand that a change writes, as read when the change began (empty when
+// there is no such row).
+RowSnapshot LoadDeptSnapshot(const QString& table, const QString& code);
 // Writes the row in one transaction: a new row when adding (mode 1) or when the row in hand
-// (currentCode) is not there, else that row. Only that row changes: codes below it, persons and
-// descriptions are left as they are. A failure rolls back and reaches the caller as a DbError.
-void SaveDeptRow(const QString& table, int mode, const QString& currentCode, const DeptRow& row);
+// (currentCode) was not there when the change began, else that row. Only that row changes: codes
+// below it, persons and descriptions are left as they are. A row that another client changed or
+// deleted since `loaded` was read is refused with ConflictError; any failure rolls back and
+// reaches the caller as a DbError.
+void SaveDeptRow(const QString& table, int mode, const QString& currentCode, const DeptRow& row,
+                 const RowSnapshot& loaded = {});
 // fColor of a row, -1 when there is none.
 qint32 DeptColor(const QString& table, const QString& code);
 
@@ -58,12 +66,16 @@ void DeptDeleteCascade(const QString& code, const QString& name);
 void DeptRenameCascade(const QString& oldCode, const QString& newCode, const QString& oldName,
                        const QString& newName);
 
-// The statement that stores the changed description pages of a row; empty when neither changed.
-QString DescriptionUpdateSql(const QString& table, const QString& code, const QString& detail1, bool changed1,
-                             const QString& detail2, bool changed2);
-// Runs it in one transaction. False when nothing changed; a failure rolls back and reaches the
-// caller.
-bool SaveDescriptions(const QString& table, const QString& code, const QString& detail1, bool changed1,
-                      const QString& detail2, bool changed2);
+// The description pages of a row: the text on show and the text as it was read.
+struct DescriptionPage {
+    QString text;
+    bool changed = false;
+    QString loaded;
+};
+// Stores the changed pages of a row in one transaction. False when nothing changed. A page that
+// another client changed since it was read, or a row gone meanwhile, is refused with
+// ConflictError; any failure rolls back and reaches the caller.
+bool SaveDescriptions(const QString& table, const QString& code, const DescriptionPage& page1,
+                      const DescriptionPage& page2);
 
 } // namespace zq

@@ -83,16 +83,6 @@ QColor colorOfLong(qint32 v) {
     return QColor(v & 0xff, (v >> 8) & 0xff, (v >> 16) & 0xff);
 }
 
-// The combo shows the value, added when its list lacks it, so that a save keeps what was stored.
-void showComboValue(QComboBox* combo, const QString& value) {
-    int i = ComboIndexOf(combo, value);
-    if (i < 0) {
-        combo->addItem(value);
-        i = combo->count() - 1;
-    }
-    combo->setCurrentIndex(i);
-}
-
 // A stripe of colour and text that says what the screen is doing.
 void paintBanner(QLabel* banner, const QString& text, const QColor& color) {
     banner->setText(text);
@@ -471,6 +461,8 @@ void frmRs_Dept::loadDescriptions(const QString& code) {
     m_text2->setPlainText(detail2);
     m_filling = false;
     m_tag1 = m_tag2 = false;
+    m_loadedDetail1 = detail1;
+    m_loadedDetail2 = detail2;
 }
 
 bool frmRs_Dept::descriptionsChanged() const {
@@ -600,6 +592,7 @@ void frmRs_Dept::cmdChg_Click() {
         return;
     }
     m_mode = 2;
+    m_loadedRow = LoadDeptSnapshot(m_table, g.CurPersonCode);
     m_txtCode->setText(g.CurPersonCode);
     m_txtName->setText(g.CurPersonName);
     qint32 limit = 0;
@@ -609,8 +602,12 @@ void frmRs_Dept::cmdChg_Click() {
     if (GetDeptPost(g.CurPersonCode, limit, level, staffType, wageGrade) != 0) {
         m_txtNumber->setText(QString::number(limit));
         m_check1->setChecked(level == 1);
-        showComboValue(m_cboRsType, staffType);
-        showComboValue(m_cboGzType, wageGrade);
+        ShowComboValue(m_cboRsType, staffType);
+        ShowComboValue(m_cboGzType, wageGrade);
+    } else {
+        // Nothing read: the lists show nothing rather than what the last row held.
+        ShowComboValue(m_cboRsType, QString());
+        ShowComboValue(m_cboGzType, QString());
     }
     // The row keeps its colour unless the user picks another.
     const qint32 color = DeptColor(m_table, g.CurPersonCode);
@@ -661,9 +658,9 @@ void frmRs_Dept::cmdSave_Click() {
                       Val(m_txtNumber->text()),
                       numberColor(),
                       m_check1->isChecked() ? 1 : 0,
-                      m_cboRsType->currentText(),
-                      m_cboGzType->currentText()};
-    if (!SaveOrTell(this, [&] { SaveDeptRow(m_table, m_mode, g.CurPersonCode, row); })) return;
+                      ComboValue(m_cboRsType),
+                      ComboValue(m_cboGzType)};
+    if (!SaveOrTell(this, [&] { SaveDeptRow(m_table, m_mode, g.CurPersonCode, row, m_loadedRow); })) return;
 
     const bool adding = m_mode == 1;
     const QString done = (adding ? name : g.CurPersonName) + QStringLiteral(": ") +
@@ -765,9 +762,15 @@ void frmRs_Dept::cmdPosOk_Click() {
     const QString code = G().CurPersonCode;
     const QString detail1 = m_text1->toPlainText();
     const QString detail2 = m_text2->toPlainText();
-    if (!SaveOrTell(this, [&] { SaveDescriptions(m_table, code, detail1, m_tag1, detail2, m_tag2); })) return;
+    if (!SaveOrTell(this, [&] {
+            SaveDescriptions(m_table, code, {detail1, m_tag1, m_loadedDetail1},
+                             {detail2, m_tag2, m_loadedDetail2});
+        }))
+        return;
     ShowMsg(m_cmdDetail->text() + QStringLiteral("存盘完毕!"), vbInformation, windowTitle());
     m_tag1 = m_tag2 = false;
+    m_loadedDetail1 = detail1;
+    m_loadedDetail2 = detail2;
 }
 
 void frmRs_Dept::cmdPosCancel_Click() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/Recordset.h"
+
 #include <functional>
 #include <QColor>
 #include <QDialog>
@@ -97,6 +99,11 @@ private:
     State m_state = State::Browse;
     bool m_tag1 = false;
     bool m_tag2 = false;
+    // What the pages and the row in hand held when read, so that a save can tell whether another
+    // client changed them meanwhile.
+    QString m_loadedDetail1;
+    QString m_loadedDetail2;
+    RowSnapshot m_loadedRow;
 
     QWidget* m_fraLeft;
     QComboBox* m_cboDept;

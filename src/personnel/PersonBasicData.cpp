@@ -110,35 +110,32 @@ QString InsertPersonSql(const PersonBasicRow& row) {
            QStringLiteral(") values (") + values.join(QLatin1Char(',')) + QLatin1Char(')');
 }
 
-QString UpdatePersonSql(const PersonBasicRow& row, const QString& oldCode) {
-    QStringList sets;
-    for (int i = 0; i < kBasicFields; ++i) {
-        if (IsBasicCombo(i)) continue;
-        sets << BasicColumns().at(i) + QLatin1Char('=') + quoted(row.values.at(i));
-    }
-    const auto set = [&](const char* name, const QString& value) {
-        sets << QLatin1String(name) + QLatin1Char('=') + quoted(value);
+BoundSql UpdatePersonSql(const PersonBasicRow& row, const QString& oldCode, const PersonBasicRow& loaded) {
+    BoundSql b;
+    QStringList sets{BasicColumns().at(0) + QLatin1Char('=') + quoted(row.values.at(0))};
+    QString guard;
+    const auto column = [&](const QString& name, const QString& now, const QString& before) {
+        if (now == before) return;
+        sets << name + QLatin1Char('=') + quoted(now);
+        guard += QStringLiteral(" and coalesce(") + name + QStringLiteral(",'')=coalesce(?,'')");
+        b.binds << before;
     };
-    set("fsex", row.values.at(2));
-    set("fygxz", row.values.at(11));
-    set("bodytype", row.values.at(47));
-    set("fBMname", row.values.at(26));
-    set("fbmcode", row.bmCode);
-    set("fRz", row.values.at(20));
-    set("fHY", row.values.at(5));
-    set("fgzname", row.values.at(24));
-    set("fother2", row.values.at(23));
-    set("funit", row.values.at(37));
-    return QStringLiteral("Update trsBasic set ") + sets.join(QLatin1Char(',')) +
-           QStringLiteral(" where fcode=") + quoted(oldCode);
+    for (int i = 1; i < kBasicFields; ++i)
+        column(BasicColumns().at(i), row.values.at(i), loaded.values.at(i));
+    column(QStringLiteral("fbmcode"), row.bmCode, loaded.bmCode);
+    b.sql = QStringLiteral("Update trsBasic set ") + sets.join(QLatin1Char(',')) +
+            QStringLiteral(" where fcode=") + quoted(oldCode) + guard;
+    return b;
 }
 
-void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode) {
+void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode,
+                     const PersonBasicRow& loaded) {
     Transaction tx(conn());
     if (mode == 1) {
         conn().execute(InsertPersonSql(row));
     } else {
-        conn().execute(UpdatePersonSql(row, oldCode));
+        const BoundSql update = UpdatePersonSql(row, oldCode, loaded);
+        conn().executeOne(update.sql, update.binds);
         // Master and children change together or not at all.
         if (row.values.at(0) != oldCode) CascadePersonCode(oldCode, row.values.at(0));
     }

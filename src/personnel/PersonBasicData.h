@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 #include <QVector>
 
 namespace zq {
@@ -37,11 +38,21 @@ CodeCheck CheckChangedCode(const QString& oldCode, const QString& newCode);
 
 // The statements of the save: an insert takes trimmed text, an update the text as typed.
 QString InsertPersonSql(const PersonBasicRow& row);
-QString UpdatePersonSql(const PersonBasicRow& row, const QString& oldCode);
+struct BoundSql {
+    QString sql;
+    QVariantList binds;
+};
+// The update of a person read earlier as `loaded`: the code, and the columns whose text differs
+// from what was read, each only while it still holds that text. What another client changed in
+// other columns meanwhile stays; a change to the same column, or a person gone, changes no row.
+BoundSql UpdatePersonSql(const PersonBasicRow& row, const QString& oldCode, const PersonBasicRow& loaded);
 
-// Writes the row in one transaction: insert (mode 1) or update (mode 2), the latter moving the
-// person's child rows to a changed code. A failure rolls back and reaches the caller as DbError.
-void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode);
+// Writes the row in one transaction: insert (mode 1) or update (mode 2) of the person read as
+// `loaded`, the latter moving the person's child rows to a changed code. An update that finds the
+// person changed or gone is a ConflictError; any failure rolls back and reaches the caller as a
+// DbError.
+void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode,
+                     const PersonBasicRow& loaded);
 
 // Stores the picture file as the person's photo; an empty path clears the stored photo. False when
 // the file cannot be read or written. An empty file leaves the photo as it is.

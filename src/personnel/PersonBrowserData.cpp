@@ -73,8 +73,8 @@ QString DetailCardSql(const QString& condition) {
 
 void DeletePerson(const QString& code, const QString& name, int rsState) {
     Transaction t(conn());
-    conn().execute(QStringLiteral("delete from trsbasic where fcode=") + quoted(code) +
-                   QStringLiteral(" and fzt=") + num(rsState));
+    conn().executeOne(QStringLiteral("delete from trsbasic where fcode=") + quoted(code) +
+                      QStringLiteral(" and fzt=") + num(rsState));
     t.commit();
     WriteLogRecord(QStringLiteral("删除员工记录 [") + code + QLatin1Char('-') + name + QLatin1Char(']'));
 }

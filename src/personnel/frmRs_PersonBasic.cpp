@@ -271,20 +271,21 @@ void frmRs_PersonBasic::LoadRecord() {
     if (!LoadPersonBasic(G().CurPersonCode, r)) return;
     for (int i = 0; i < kBasicFields; ++i)
         if (!IsBasicCombo(i)) m_text2[i]->setText(r.values.at(i));
+    m_loadedRow = r;
     m_loadedDeptName = r.values.at(26);
     // A department gone from the register stays the person's until changed, rather than the save
-    // quietly moving them to the first one listed.
-    if (!m_loadedDeptName.isEmpty() && ComboIndexOf(m_comBm, m_loadedDeptName) < 0)
-        m_comBm->addItem(m_loadedDeptName);
-    selectText(m_comBm, m_loadedDeptName);
-    m_labbm->setText(CodeFromName(QStringLiteral("tRs_Bm"), m_loadedDeptName));
+    // quietly moving them to another.
+    ShowComboValue(m_comBm, m_loadedDeptName);
+    // A department gone from the register keeps the person's code with its name.
+    const QString deptCode = CodeFromName(QStringLiteral("tRs_Bm"), m_loadedDeptName);
+    m_labbm->setText(deptCode.isEmpty() && m_comBm->currentIndex() < 0 ? r.bmCode : deptCode);
     m_loadedUnit = r.values.at(37);
     // The posts of the person's department are at hand for a change of post.
     FillCodeCombo(QStringLiteral("tRs_Bm"), m_cboRz, m_labbm->text(), 1, 0);
     m_cboRz->setEditText(r.values.at(20));
     m_cobFunit->setEditText(r.values.at(37));
     for (int i : {2, 5, 11, 47, 23, 24})
-        selectText(comboOf(i), r.values.at(i));
+        ShowComboValue(comboOf(i), r.values.at(i));
 }
 
 void frmRs_PersonBasic::ComBm_Click() {
@@ -348,7 +349,7 @@ void frmRs_PersonBasic::OpenTransferOrder(bool unitChange) {
 PersonBasicRow frmRs_PersonBasic::row() const {
     PersonBasicRow r;
     for (int i = 0; i < kBasicFields; ++i)
-        r.values[i] = IsBasicCombo(i) ? comboOf(i)->currentText() : m_text2[i]->text();
+        r.values[i] = IsBasicCombo(i) ? ComboValue(comboOf(i)) : m_text2[i]->text();
     r.bmCode = m_labbm->text();
     r.zt = CurrentRsState();
     return r;
@@ -389,7 +390,7 @@ bool frmRs_PersonBasic::validate() {
 void frmRs_PersonBasic::cmdOK_Click() {
     if (m_mode == 0 || !validate()) return;
     const PersonBasicRow r = row();
-    if (!SaveOrTell(this, [&] { SavePersonBasic(m_mode, r, G().CurPersonCode); })) return;
+    if (!SaveOrTell(this, [&] { SavePersonBasic(m_mode, r, G().CurPersonCode, m_loadedRow); })) return;
     bool photoSaved = false;
     try {
         photoSaved = StorePersonPhoto(r.values.at(0), m_photoPath);

@@ -65,6 +65,7 @@ private:
     bool m_loaded = false;
     bool m_askTransfer = true;
     int m_mode = 0;
+    PersonBasicRow m_loadedRow; // the record as read, for a save that keeps others' changes
     QString m_loadedDeptName;
     QString m_loadedUnit;
     QString m_photoPath;

@@ -54,7 +54,10 @@ void Connection::open(const ConnectionSettings& s) {
         m_db.setDatabaseName(s.defaultDb);
         m_db.setUserName(s.userId);
         m_db.setPassword(s.password);
-        m_db.setConnectOptions(QStringLiteral("connect_timeout=5"));
+        // Pinned at startup, before the driver learns how to escape: with the setting off, a
+        // backslash in a value would end a quoted text early.
+        m_db.setConnectOptions(
+            QStringLiteral("connect_timeout=5;options='-c standard_conforming_strings=on'"));
     } else {
         // Opening a missing file would silently create an empty database.
         if (s.userPath.isEmpty() || !QFileInfo::exists(s.userPath))
@@ -67,12 +70,30 @@ void Connection::open(const ConnectionSettings& s) {
     QSqlQuery q(m_db);
     if (m_dialect.isServer()) {
         q.exec(QStringLiteral("set client_min_messages=warning"));
+        requireLiteralBackslash();
     } else {
         q.exec(QStringLiteral("pragma journal_mode=wal"));
         q.exec(QStringLiteral("pragma synchronous=normal"));
         q.exec(QStringLiteral("pragma cache_size=-65536"));
         q.exec(QStringLiteral("pragma temp_store=memory"));
     }
+}
+
+void Connection::requireLiteralBackslash() {
+    // Both a literal and a bound value must come back as written, or quoting is not safe here.
+    const QString probe = QStringLiteral("a\\b");
+    QSqlQuery q(m_db);
+    const bool literal = q.exec(QStringLiteral("select '") + probe + QStringLiteral("'")) && q.next() &&
+                         q.value(0).toString() == probe;
+    bool bound = false;
+    if (literal && q.prepare(QStringLiteral("select cast(? as text)"))) {
+        q.addBindValue(probe);
+        bound = q.exec() && q.next() && q.value(0).toString() == probe;
+    }
+    if (literal && bound) return;
+    m_db.close();
+    throw DbError(QStringLiteral("数据库服务器不能固定 standard_conforming_strings=on，"
+                                 "反斜杠无法安全存取，拒绝连接"));
 }
 
 void Connection::close() {
@@ -90,6 +111,27 @@ int Connection::execute(const QString& sql) {
     if (!q.exec(sql)) throw DbError(errorText(q.lastError()), sql);
     guard.done();
     return q.numRowsAffected();
+}
+
+int Connection::execute(const QString& sql, const QVariantList& binds) {
+    if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
+    StatementGuard guard(*this);
+    QSqlQuery q(m_db);
+    if (!q.prepare(sql)) throw DbError(errorText(q.lastError()), sql);
+    for (const QVariant& b : binds)
+        q.addBindValue(b);
+    if (!q.exec()) throw DbError(errorText(q.lastError()), sql);
+    guard.done();
+    return q.numRowsAffected();
+}
+
+void RequireOneRow(int affected, const QString& sql) {
+    if (affected == 0) throw ConflictError(ConflictError::defaultMessage(), sql);
+    if (affected != 1) throw DbError(QStringLiteral("语句改动了 %1 行, 应为 1 行").arg(affected), sql);
+}
+
+void Connection::executeOne(const QString& sql, const QVariantList& binds) {
+    RequireOneRow(binds.isEmpty() ? execute(sql) : execute(sql, binds), sql);
 }
 
 void Connection::beginTrans() {

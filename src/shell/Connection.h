@@ -4,6 +4,7 @@
 
 #include <QSqlDatabase>
 #include <QString>
+#include <QVariantList>
 
 namespace zq {
 
@@ -36,6 +37,12 @@ public:
 
     // Runs a statement that returns no rows; gives the rows affected. Throws DbError.
     int execute(const QString& sql);
+    // The same with values bound to its ? markers.
+    int execute(const QString& sql, const QVariantList& binds);
+    // An update or delete of one row that was read earlier: it must change exactly that row. None
+    // changed means another client changed or deleted it meanwhile (ConflictError); more than one
+    // means the statement was not the one meant (DbError). Either way the caller rolls back.
+    void executeOne(const QString& sql, const QVariantList& binds = {});
 
     void beginTrans();
     void commitTrans();
@@ -58,12 +65,17 @@ public:
     };
 
 private:
+    void requireLiteralBackslash();
+
     QString m_name;
     QSqlDatabase m_db;
     Dialect m_dialect;
     ConnectionSettings m_settings;
     bool m_inTransaction = false;
 };
+
+// A write meant for one row: none changed is a ConflictError, more than one a DbError.
+void RequireOneRow(int affected, const QString& sql);
 
 // The global connection, created on first touch.
 Connection& conn();

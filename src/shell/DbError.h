@@ -21,6 +21,18 @@ private:
     QString m_statement;
 };
 
+// A write of a row that another client changed or deleted after this one read it. Nothing was
+// written; the user reloads and loses nothing already stored.
+class ConflictError : public DbError {
+public:
+    explicit ConflictError(const QString& message = defaultMessage(), const QString& statement = {})
+        : DbError(message, statement) {}
+    static QString defaultMessage() {
+        return QStringLiteral(
+            "此记录在您打开之后已被他人修改或删除，您的修改没有存盘。\n请关闭后重新打开再修改。");
+    }
+};
+
 // The byte conversion of SQLData: a value outside 0..255 overflows.
 class OverflowError : public std::overflow_error {
 public:

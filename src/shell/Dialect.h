@@ -56,6 +56,11 @@ public:
     QString blobType() const { return isServer() ? QStringLiteral("bytea") : QStringLiteral("blob"); }
     QString autoIdType() const;
 
+    // Condition that a column still holds a bound value, null included (one ? marker).
+    QString sameValue(const QString& column) const {
+        return column + (isServer() ? QStringLiteral(" is not distinct from ?") : QStringLiteral(" is ?"));
+    }
+
     // Hidden locator of a row, for writes through a recordset.
     QString rowLocatorSelect() const;
     QString rowLocatorCondition() const;

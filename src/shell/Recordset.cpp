@@ -235,6 +235,7 @@ void Recordset::setValue(int i, const QVariant& v) {
     if (i < 0 || i >= r.values.size())
         throw DbError(QStringLiteral("在对应所需名称或序数的集合中，未找到项目: %1").arg(i));
     if (r.changed.size() != r.values.size()) r.changed.fill(false, r.values.size());
+    if (r.original.isEmpty() && !r.isNew) r.original = r.values;
     r.values[i] = v;
     r.changed[i] = true;
     r.dirty = true;
@@ -265,11 +266,19 @@ void Recordset::writeRow(Row& r) {
         if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     } else {
         if (cols.isEmpty()) return;
+        // Another client's change to the same columns since the read refuses this write; changes
+        // to other columns stay.
+        QString guard = m_c.dialect().rowLocatorCondition();
+        binds << r.locator;
+        for (int i = 0; i < r.changed.size(); ++i) {
+            if (!r.changed[i]) continue;
+            guard += QStringLiteral(" and ") + m_c.dialect().sameValue(m_names[i]);
+            binds << r.original.value(i);
+        }
         for (QString& c : cols)
             c += QStringLiteral("=?");
-        sql = QStringLiteral("update %1 set %2 where %3")
-                  .arg(m_table, cols.join(QLatin1Char(',')), m_c.dialect().rowLocatorCondition());
-        binds << r.locator;
+        sql = QStringLiteral("update ") + m_table + QStringLiteral(" set ") + cols.join(QLatin1Char(',')) +
+              QStringLiteral(" where ") + guard;
         // A row's locator on the server moves with every write.
         if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     }
@@ -278,17 +287,19 @@ void Recordset::writeRow(Row& r) {
     for (const QVariant& b : binds)
         q.addBindValue(b);
     if (!q.exec()) throw DbError(errorText(q.lastError()), sql);
+    // The server's locator moves with every write: a row another client wrote meanwhile is not
+    // found by it, and neither is one whose changed columns no longer hold what was read.
+    const bool returning = !r.deleted && m_c.dialect().isServer();
+    RequireOneRow(returning ? (q.next() ? 1 : 0) : q.numRowsAffected(), sql);
     guard.done();
-    if (!r.deleted) {
-        if (m_c.dialect().isServer()) {
-            if (q.next()) r.locator = q.value(0);
-        } else if (r.isNew) {
-            r.locator = q.lastInsertId();
-        }
-    }
+    if (returning)
+        r.locator = q.value(0);
+    else if (r.isNew)
+        r.locator = q.lastInsertId();
     r.dirty = false;
     r.isNew = false;
     r.changed.fill(false, r.values.size());
+    r.original.clear();
 }
 
 void Recordset::update() {
@@ -316,6 +327,23 @@ void Recordset::close() {
     m_rows.clear();
     m_current.clear();
     m_eof = m_bof = true;
+}
+
+RowSnapshot Snapshot(const Recordset& rs) {
+    RowSnapshot row;
+    if (rs.eof() || rs.bof()) return row;
+    for (int i = 0; i < rs.fieldCount(); ++i)
+        row.insert(rs.fieldName(i).toLower(), rs.text(i));
+    return row;
+}
+
+void RequireUnchanged(const RowSnapshot& loaded, const Recordset& now) {
+    if (loaded.isEmpty()) return;
+    if (now.eof() || now.bof()) throw ConflictError();
+    for (int i = 0; i < now.fieldCount(); ++i) {
+        const auto it = loaded.constFind(now.fieldName(i).toLower());
+        if (it != loaded.cend() && *it != now.text(i)) throw ConflictError();
+    }
 }
 
 QVector<QStringList> ReadRows(const QString& sql) {

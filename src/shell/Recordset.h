@@ -55,7 +55,8 @@ public:
     void addNew();
     void setValue(const QString& name, const QVariant& v);
     void setValue(int i, const QVariant& v);
-    // Writes the current row now (with optimistic locking), or marks it for UpdateBatch.
+    // Writes the current row now, or marks it for UpdateBatch. Optimistic: a changed column must
+    // still hold what was read, and the write must reach exactly its row, else ConflictError.
     void update();
     void updateBatch();
     void deleteRow();
@@ -67,6 +68,7 @@ public:
 private:
     struct Row {
         QVector<QVariant> values;
+        QVector<QVariant> original; // as read, kept from the first change on
         QVariant locator;
         QVector<bool> changed;
         bool isNew = false;
@@ -102,6 +104,14 @@ private:
     QVector<Row> m_rows;
     int m_pos = 0;
 };
+
+// A row as a screen read it, to tell at the save whether another client changed it meanwhile: the
+// fields by lower-cased name, as text (null reads as empty). Empty when there was no row.
+using RowSnapshot = QHash<QString, QString>;
+RowSnapshot Snapshot(const Recordset& rs);
+// Refuses with ConflictError when `now` has no current row, or when a field that both hold differs
+// from what was loaded. An empty snapshot checks nothing.
+void RequireUnchanged(const RowSnapshot& loaded, const Recordset& now);
 
 // Every row of a statement on conn(), each field as text (nulls empty).
 QVector<QStringList> ReadRows(const QString& sql);

@@ -23,7 +23,85 @@ void createAllTables(Connection& c) {
         createTable(c, t);
 }
 
-// Ordered upgrade steps. Each must be safe to run again after a partial run.
+// What the screens check by query before a save is also a constraint, so that two clients saving
+// at once cannot both pass the check. Comparison follows the columns (case-blind on both engines),
+// as the checks do. An identity card may be blank for many.
+struct UniqueKey {
+    const char* table;
+    const char* columns;
+    const char* where;
+};
+constexpr UniqueKey kUniqueKeys[] = {
+    {"tRsBasic", "fCode", nullptr},        {"tRsBasic", "fSfz", "trim(fSfz)<>''"},
+    {"tRs_Bm", "fCode", nullptr},          {"tRs_Bm", "fName", nullptr},
+    {"tRs_House", "fCode", nullptr},       {"tRs_House", "fName", nullptr},
+    {"tWd_File0", "fCode", nullptr},       {"tWd_File0", "fName", nullptr},
+    {"tWd_File1", "fCode", nullptr},       {"tWd_File1", "fName", nullptr},
+    {"trsPersonMove", "moveNmb", nullptr}, {"trsCard", "fcode,cardcode", nullptr},
+};
+
+QString uniqueIndexName(const UniqueKey& k) {
+    return QStringLiteral("ux_%1_%2")
+        .arg(QString::fromLatin1(k.table).toLower(),
+             QString::fromLatin1(k.columns).toLower().replace(QLatin1Char(','), QLatin1Char('_')));
+}
+
+// The values that stand more than once, as "table.columns = value (n 行)", at most ten a key.
+QStringList duplicatesOf(Connection& c, const UniqueKey& k) {
+    const QString cols = QString::fromLatin1(k.columns);
+    QString sql = QStringLiteral("select ") + cols + QStringLiteral(",count(*) from ") + k.table;
+    if (k.where) sql += QStringLiteral(" where ") + QLatin1String(k.where);
+    sql += QStringLiteral(" group by ") + cols + QStringLiteral(" having count(*)>1 order by ") + cols;
+    QStringList found;
+    Recordset rs(c, c.dialect().selectTop(10, sql.mid(7)));
+    const int n = rs.fieldCount() - 1;
+    for (; !rs.eof(); rs.moveNext()) {
+        QStringList values;
+        for (int i = 0; i < n; ++i)
+            values << rs.text(i);
+        found << QStringLiteral("%1.%2 = %3 (%4 行)")
+                     .arg(QLatin1String(k.table), cols, values.join(QLatin1Char(',')), rs.text(n));
+    }
+    return found;
+}
+
+void addUniqueKeys(Connection& c) {
+    QStringList duplicates;
+    for (const UniqueKey& k : kUniqueKeys)
+        if (tableExists(c, QLatin1String(k.table))) duplicates << duplicatesOf(c, k);
+    if (!duplicates.isEmpty())
+        throw DbError(QStringLiteral("数据库中有重复的编号或名称，不能升级，未作任何改动。请先改正：\n") +
+                      duplicates.join(QLatin1Char('\n')));
+    for (const UniqueKey& k : kUniqueKeys) {
+        if (!tableExists(c, QLatin1String(k.table))) continue;
+        QString sql = QStringLiteral("create unique index ") + uniqueIndexName(k) + QStringLiteral(" on ") +
+                      k.table + QStringLiteral(" (") + k.columns + QLatin1Char(')');
+        if (k.where) sql += QStringLiteral(" where ") + QLatin1String(k.where);
+        c.execute(sql);
+    }
+}
+
+bool columnExists(Connection& c, const QString& table, const QString& column) {
+    try {
+        Recordset rs(c, QStringLiteral("select ") + column + QStringLiteral(" from ") + table +
+                            QStringLiteral(" where 1=2"));
+        return true;
+    } catch (const DbError&) {
+        return false;
+    }
+}
+
+// Columns that older databases lack, which the current table definitions hold.
+void addMissingColumns(Connection& c, const QString& table, const QStringList& columns) {
+    const Table* t = findTable(table);
+    if (!t || !tableExists(c, table)) return;
+    for (const Column& col : t->columns)
+        if (columns.contains(col.name, Qt::CaseInsensitive) && !columnExists(c, table, col.name))
+            c.execute(QStringLiteral("alter table ") + table + QStringLiteral(" add column ") + col.name +
+                      QLatin1Char(' ') + columnType(c.dialect(), col));
+}
+
+// Ordered upgrade steps. Each runs in one transaction and must be safe to run again.
 const QVector<Step>& steps() {
     static const QVector<Step> s = {
         {1,
@@ -32,6 +110,14 @@ const QVector<Step>& steps() {
              seed(c);
              createPrintTemplates(c);
              createUserTables(c);
+         }},
+        {2,
+         [](Connection& c) {
+             // The checkers' answers were once added by the report screen under running clients.
+             addMissingColumns(c, QStringLiteral("tRs_RptFlow"),
+                               {QStringLiteral("fChecker1_"), QStringLiteral("fChecker2_"),
+                                QStringLiteral("fChecker3_"), QStringLiteral("fChecker4_")});
+             addUniqueKeys(c);
          }},
     };
     return s;
@@ -130,6 +216,16 @@ void upgrade(Connection& c) {
         setVersion(c, s.version);
         t.commit();
     }
+}
+
+bool upgradeIfOlder(Connection& c) {
+    const int v = currentVersion(c);
+    if (v > latestVersion())
+        throw DbError(
+            QStringLiteral("数据库的版本(%1)比本程序(%2)新，请先升级程序").arg(v).arg(latestVersion()));
+    if (v == 0 || v == latestVersion()) return false;
+    upgrade(c);
+    return true;
 }
 
 void initialise(Connection& c) {

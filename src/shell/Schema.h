@@ -49,8 +49,13 @@ int currentVersion(Connection& c);
 int latestVersion();
 // Creates the schema on an empty database; refuses (DbError) a database that has one already.
 void initialise(Connection& c);
-// Runs the upgrade steps above the stored version, in order; each step may be run again safely.
+// Runs the upgrade steps above the stored version, in order, each in one transaction; a step that
+// fails (DbError) leaves the database as that step found it.
 void upgrade(Connection& c);
+// Upgrades a database of an older version of the schema; false when there was nothing to do (the
+// current version, or no schema of this system). A newer version than this program knows is
+// refused with a DbError.
+bool upgradeIfOlder(Connection& c);
 
 // Makes a new database the settings name (a new SQLite file, or a new server database) and
 // initialises it. Refuses when the file or database already holds the schema.

@@ -4,6 +4,7 @@
 #include "personnel/frmRs_PersonBasic.h"
 #include "personnel/PersonBasicData.h"
 #include "personnel/PersonBrowserData.h"
+#include "services/ui/ComboLookups.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/Recordset.h"
@@ -125,6 +126,41 @@ private slots:
         f->cmdOK_Click();
         QCOMPARE(one("select fBmName||'/'||fBmCode||'/'||fRz||'/'||funit from tRsBasic where fCode='A02'"),
                  QString("生产部/01/车工/总公司"));
+    }
+
+    void comboBoxesNeverChooseByThemselves() {
+        // A new person without a chosen department is stored without one, in name and code alike.
+        auto add = screen(1);
+        QCOMPARE(combo(*add, "ComBm")->currentIndex(), -1);
+        QCOMPARE(combo(*add, "ComGz")->currentIndex(), -1);
+        fillRequired(*add, "N01", "新人");
+        add->cmdOK_Click();
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(one("select coalesce(fBmName,'')||'/'||coalesce(fBmCode,'')||'/'||coalesce(fgzname,'') "
+                     "from tRsBasic where fCode='N01'"),
+                 QString("//"));
+
+        // Values the lists lack are shown, not replaced, and a save writes them back as they were.
+        exec("insert into tRsBasic (fCode,fName,fSpday,fSex,fBmName,fBmCode,fgzname,fygxz,fzt) values "
+             "('U01','旧人','2020-01-01','','旧部门','77','九十九级','外包',1)");
+        auto change = screen(2, "U01");
+        QCOMPARE(combo(*change, "ComGz")->currentIndex(), -1);
+        QCOMPARE(combo(*change, "ComGz")->placeholderText(), QString("九十九级"));
+        QCOMPARE(combo(*change, "ComSex")->currentIndex(), -1);
+        change->text2(12)->setText("555");
+        change->cmdOK_Click();
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(one("select fSex||'/'||fBmName||'/'||fBmCode||'/'||fgzname||'/'||fygxz||'/'||fPhone "
+                     "from tRsBasic where fCode='U01'"),
+                 QString("/旧部门/77/九十九级/外包/555"));
+
+        // A listed entry chosen by the clerk replaces the held value.
+        auto again = screen(2, "U01");
+        choose(combo(*again, "ComBm"), QStringLiteral("销售部"));
+        again->ComBm_Click();
+        m_prompts->clear();
+        again->cmdOK_Click();
+        QCOMPARE(one("select fBmName||'/'||fBmCode from tRsBasic where fCode='U01'"), QString("销售部/02"));
     }
 
     void duplicatesAreRefused() {
@@ -313,7 +349,8 @@ private slots:
         QCOMPARE(combo(*f, "ComBm")->currentText(), QString("生产部"));
         exec("update tRsBasic set fBmName='撤销部' where fCode='A01'");
         auto again = screen(2, "A01");
-        QCOMPARE(combo(*again, "ComBm")->currentText(), QString("撤销部"));
+        QCOMPARE(combo(*again, "ComBm")->placeholderText(), QString("撤销部")); // shown, not listed
+        QCOMPARE(ComboValue(combo(*again, "ComBm")), QString("撤销部"));
     }
 
     // A picture of the screen with a demo person, when asked for by ZQ_SHOT_BASIC (a PNG path).

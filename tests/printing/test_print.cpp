@@ -55,7 +55,7 @@ void addPerson(const QString& code, const QString& name, int state, const QByteA
     exec(QStringLiteral("insert into tRsBasic (fCode,fName,fSex,fBirthDay,fBmName,fRz,fSfz,fzt,fphoto) "
                         "values (?,?,?,?,?,?,?,?,?)"),
          {code, name, QStringLiteral("女"), QStringLiteral("1990-05-17"), QStringLiteral("研发部"),
-          QStringLiteral("高级工程师"), QStringLiteral("110101199005170023"), state,
+          QStringLiteral("高级工程师"), QStringLiteral("1101011990051700") + code, state,
           picture.isEmpty() ? QVariant(QMetaType(QMetaType::QByteArray)) : QVariant(picture)});
 }
 
@@ -109,7 +109,7 @@ private slots:
         const QString text = pdfText(m_pdf);
         for (const char* expected :
              {"华东精密机械有限公司", "职工卡", "员工编号：", "姓名：", "身份证号码：", "张晓梅", "欧阳建国",
-              "无照片", "A002", "研发部", "高级工程师", "110101199005170023"})
+              "无照片", "A002", "研发部", "高级工程师", "1101011990051700A002"})
             QVERIFY2(text.contains(QString::fromUtf8(expected)), expected);
         QVERIFY(!text.contains(QStringLiteral("离职者")));
         // Cards in code order, eight to a page; the person without a photo gets an empty box.

@@ -104,10 +104,10 @@ private slots:
 
     void codesAndNames() {
         dept("01", "总部", 0);
-        dept("02", "总部", 0);
+        dept("02", "分部", 0);
         QCOMPARE(CodeFromName("tRs_Bm", "总部"), QString("01"));
         QCOMPARE(CodeFromName("tRs_Bm", "无"), QString());
-        QCOMPARE(NameFromCode("tRs_Bm", "02"), QString("总部"));
+        QCOMPARE(NameFromCode("tRs_Bm", "02"), QString("分部"));
         QCOMPARE(NameFromCode("tRs_Bm", "09"), QString());
         // No table: nothing is read, so not even a quote fails.
         QCOMPARE(CodeFromName("", "a'b"), QString());

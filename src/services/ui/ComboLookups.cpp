@@ -8,6 +8,15 @@
 namespace zq {
 
 namespace {
+const char* const kHeld = "zqHeldValue";
+
+// A filled list starts with no entry chosen and nothing held.
+void chooseNone(QComboBox* combo) {
+    combo->setCurrentIndex(-1);
+    combo->setProperty(kHeld, QString());
+    combo->setPlaceholderText(QString());
+}
+
 QString item(const Recordset& rs, bool withCode) {
     return withCode ? rs.text(0) + QLatin1Char('\t') + rs.text(1) : rs.text(1);
 }
@@ -21,6 +30,7 @@ void FillBriefCombo(QComboBox* combo, const QString& briefType, quint8& withCode
         combo->addItem(withCode != 0 ? rs.text(QStringLiteral("BriefCode")) + QLatin1Char('\t') + name
                                      : name);
     }
+    chooseNone(combo);
 }
 
 void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix, qint16 level,
@@ -33,6 +43,7 @@ void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix
     Recordset rs(conn(), sql);
     for (; !rs.eof(); rs.moveNext())
         combo->addItem(item(rs, withCode != 0));
+    chooseNone(combo);
 }
 
 void FillUnitCombo(QComboBox* combo) {
@@ -40,12 +51,26 @@ void FillUnitCombo(QComboBox* combo) {
     Recordset rs(conn(), QStringLiteral("select distinct funit from trsbasic Order By funit"));
     for (; !rs.eof(); rs.moveNext())
         combo->addItem(rs.text(0));
+    chooseNone(combo);
 }
 
 int ComboIndexOf(const QComboBox* combo, const QString& text) {
     for (int i = 0; i < combo->count(); ++i)
         if (combo->itemText(i) == text) return i;
     return -1;
+}
+
+void ShowComboValue(QComboBox* combo, const QString& value) {
+    const int i = ComboIndexOf(combo, value);
+    combo->setCurrentIndex(i);
+    const QString held = i < 0 ? value : QString();
+    combo->setProperty(kHeld, held);
+    combo->setPlaceholderText(held);
+}
+
+QString ComboValue(const QComboBox* combo) {
+    if (combo->isEditable() || combo->currentIndex() >= 0) return combo->currentText();
+    return combo->property(kHeld).toString();
 }
 
 } // namespace zq

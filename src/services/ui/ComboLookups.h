@@ -21,4 +21,11 @@ void FillUnitCombo(QComboBox* combo);
 // Index of the first item equal to the text (case-sensitive), -1 when none.
 int ComboIndexOf(const QComboBox* combo, const QString& text);
 
+// A record's value in a list box. A box never chooses an entry by itself: the fillers above leave
+// none chosen. ShowComboValue chooses the entry equal to the value; a value the list lacks leaves
+// none chosen and is held (shown greyed), so that a save writes back what the record held.
+void ShowComboValue(QComboBox* combo, const QString& value);
+// What a save writes: the chosen entry, else the held value, else empty; an editable box's text.
+QString ComboValue(const QComboBox* combo);
+
 } // namespace zq

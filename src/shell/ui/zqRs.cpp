@@ -11,6 +11,7 @@
 #include "shell/Connection.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
+#include "shell/Schema.h"
 #include "WidgetPrompts.h"
 
 #include <variant>
@@ -104,7 +105,9 @@ void zqRs::Refresh(const QString& mnuModel, qint16 State) {
     const QString key = mnuModel.toLower();
     zq::Globals& g = G();
     g.AppTitle = zq::LoadText(99);
-    zq::OpenConn(g.SQLData, zq::conn(), g.UserPath, g.Password, g.UserID, g.Default);
+    // An older database is brought to this program's schema before any screen reads it.
+    if (zq::OpenConn(g.SQLData, zq::conn(), g.UserPath, g.Password, g.UserID, g.Default) == 1)
+        zq::schema::upgradeIfOlder(zq::conn());
     g.DateQuote = zq::conn().isOpen() ? zq::conn().dialect().dateQuote() : QStringLiteral("'");
     const QString deptCode = zq::GetUserDeptCode(g.UserName);
     g.UserDeptCode = g.ZgName == g.UserName ? QString() : deptCode;
