@@ -474,7 +474,8 @@ void frmBg_Report::ShowRecord() {
         m_checkerNo = rights.checkerNo;
         m_txtAnswer2->setPlainText(shownText(rights.answers));
         if (m_checkerNo != 0) {
-            m_cboPass->setCurrentIndex(int(m_rs->val(QStringLiteral("fChecker%1Ok").arg(m_checkerNo))));
+            const int verdict = int(m_rs->val(QStringLiteral("fChecker%1Ok").arg(m_checkerNo)));
+            m_cboPass->setCurrentIndex(verdict < m_cboPass->count() ? verdict : -1);
             m_txtAnswer->setText(m_rs->text(QStringLiteral("fChecker%1_").arg(m_checkerNo)));
         } else {
             m_cmdChk->setEnabled(false);
@@ -689,7 +690,12 @@ void frmBg_Report::cboPass_Click() {
 void frmBg_Report::cmdChkOk_Click() {
     if (onRow() && m_checkerNo > 0) {
         try {
-            report::SignOff(*m_rs, m_checkerNo, m_cboPass->currentIndex(), m_txtAnswer->text());
+            // A stored verdict the list lacks shows none chosen; unless the checker chooses one,
+            // it is written back as it was.
+            const int chosen = m_cboPass->currentIndex();
+            const int verdict =
+                chosen >= 0 ? chosen : int(m_rs->val(QStringLiteral("fChecker%1Ok").arg(m_checkerNo)));
+            report::SignOff(*m_rs, m_checkerNo, verdict, m_txtAnswer->text());
         } catch (const DbError& e) {
             // Another checker may have changed the row meanwhile; the panel stays for another try.
             ShowMsg(kSaveError + QStringLiteral("\r\n") + e.message(), vbExclamation, windowTitle());

@@ -68,6 +68,7 @@ void fillRequired(frmRs_PersonBasic& f, const QString& code, const QString& name
 class TestPersonBasic : public QObject {
     Q_OBJECT
     ScriptedPrompts* m_prompts = nullptr;
+    ConnectionSettings m_settings;
 
 private slots:
     void initTestCase() {
@@ -88,7 +89,7 @@ private slots:
     }
 
     void init() {
-        test::freshDatabase();
+        m_settings = test::freshDatabase();
         m_prompts = &scriptPrompts();
         m_prompts->clear();
         test::actAsSupervisor();
@@ -161,6 +162,26 @@ private slots:
         m_prompts->clear();
         again->cmdOK_Click();
         QCOMPARE(one("select fBmName||'/'||fBmCode from tRsBasic where fCode='U01'"), QString("销售部/02"));
+    }
+
+    void anotherClientsChangeIsNeitherLostNorOverwritten() {
+        addPerson("A01", "张三");
+        auto f = screen(2, "A01");
+        Connection other;
+        other.open(m_settings);
+        other.execute("update tRsBasic set fMz='回',fPhone='111' where fCode='A01'");
+        f->text2(12)->setText("222");
+        f->cmdOK_Click();
+        QVERIFY(m_prompts->messages().last().startsWith(
+            QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")));
+        QVERIFY(f->isVisible());
+        QCOMPARE(f->text2(12)->text(), QString("222")); // the clerk's input stays
+        QCOMPARE(one("select fPhone||fMz from tRsBasic where fCode='A01'"), QString("111回"));
+        // Reopened, the clerk's change goes in beside the other client's.
+        auto again = screen(2, "A01");
+        again->text2(12)->setText("222");
+        again->cmdOK_Click();
+        QCOMPARE(one("select fPhone||fMz from tRsBasic where fCode='A01'"), QString("222回"));
     }
 
     void duplicatesAreRefused() {
