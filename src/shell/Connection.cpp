@@ -134,6 +134,12 @@ void Connection::executeOne(const QString& sql, const QVariantList& binds) {
     RequireOneRow(binds.isEmpty() ? execute(sql) : execute(sql, binds), sql);
 }
 
+void Connection::followSchema() {
+    if (m_dialect.isServer() || !isOpen()) return;
+    QSqlQuery q(m_db);
+    q.exec(QStringLiteral("select 1 from sqlite_master where 0"));
+}
+
 void Connection::beginTrans() {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"));
     if (m_inTransaction) throw DbError(QStringLiteral("事务已经开始"));

@@ -44,6 +44,12 @@ public:
     // means the statement was not the one meant (DbError). Either way the caller rolls back.
     void executeOne(const QString& sql, const QVariantList& binds = {});
 
+    // The file database compiles a statement against the table layout it last read; a table
+    // another client altered since then changes shape under the driver, which then reads past its
+    // row. A read of the schema table first makes it reread a changed layout. Nothing to do on the
+    // server.
+    void followSchema();
+
     void beginTrans();
     void commitTrans();
     void rollbackTrans();

@@ -45,7 +45,8 @@ struct Globals {
     QString CurPersonKqCardID;
     qint16 PersonEditMode = 0;
 
-    bool isSupervisor() const { return ZgName == UserName; }
+    // Nobody signed in is nobody's supervisor.
+    bool isSupervisor() const { return !UserName.isEmpty() && ZgName == UserName; }
     // Column suffix of the active language: "_0" or "_1".
     QString lang() const { return QStringLiteral("_%1").arg(Language); }
 };

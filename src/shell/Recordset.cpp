@@ -46,6 +46,7 @@ void Recordset::openStreaming() {
     // The server driver streams forward-only results row by row and then allows no second statement
     // on the connection; look-ups run while a list is open, so the server reads results whole.
     m_query->setForwardOnly(!m_c.dialect().isServer());
+    m_c.followSchema();
     Connection::StatementGuard guard(m_c);
     if (!m_query->exec(m_sql)) throw DbError(errorText(m_query->lastError()), m_sql);
     guard.done();
@@ -87,6 +88,7 @@ void Recordset::openBuffered() {
     }
     QSqlQuery q(m_c.database());
     q.setForwardOnly(true);
+    m_c.followSchema();
     Connection::StatementGuard guard(m_c);
     if (!q.exec(sql)) throw DbError(errorText(q.lastError()), m_sql);
     guard.done();
