@@ -124,6 +124,13 @@ QString where(const ConnectionSettings& s) {
 
 } // namespace
 
+void makeReadOnly(Connection& c) {
+    if (c.dialect().isServer())
+        c.execute(QStringLiteral("set session characteristics as transaction read only"));
+    else
+        c.execute(QStringLiteral("pragma query_only=1"));
+}
+
 bool DatabaseOptions::read(const QCommandLineParser& parser, ConnectionSettings& s, QString& error) const {
     if (parser.isSet(db) == parser.isSet(server)) {
         error = QStringLiteral("请给出 --db 或 --server 之一");
