@@ -1,4 +1,4 @@
-#include "TestDb.h"
+#include "AdminTest.h"
 
 #include "admin/Demo.h"
 #include "admin/DemoAdmin.h"
@@ -10,6 +10,8 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDate>
+#include <QFile>
+#include <QFileInfo>
 #include <QSet>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -17,6 +19,8 @@
 #include <QTest>
 
 using namespace zq;
+using test::dropDatabase;
+using test::whereArgs;
 
 namespace {
 
@@ -62,6 +66,21 @@ int runAdmin(const QStringList& args, QString* out = nullptr, QString* err = nul
     if (out) *out = o;
     if (err) *err = e;
     return rc;
+}
+
+// A database of its own for a command-line test, not made yet: a file in dir, or a database on the
+// server named after the test; and the options of zqrs-admin that name it.
+ConnectionSettings newDatabase(const QTemporaryDir& dir, const QString& name, QStringList& where) {
+    ConnectionSettings s;
+    if (test::onServer()) {
+        s = test::serverSettings();
+        s.defaultDb = QStringLiteral("zqt_%1_%2").arg(name).arg(QCoreApplication::applicationPid());
+        dropDatabase(s);
+    } else {
+        s.userPath = dir.filePath(name + QStringLiteral(".db"));
+    }
+    where = whereArgs(s);
+    return s;
 }
 
 } // namespace
@@ -232,16 +251,7 @@ private slots:
     void adminInitRefusesAnInitialisedDatabase() {
         QTemporaryDir dir;
         QStringList where;
-        ConnectionSettings s;
-        if (test::onServer()) {
-            s = test::serverSettings();
-            s.defaultDb = QStringLiteral("zqt_admin_%1").arg(QCoreApplication::applicationPid());
-            where = {QStringLiteral("--server"), s.userPath, QStringLiteral("--database"), s.defaultDb,
-                     QStringLiteral("--user"),   s.userId,   QStringLiteral("--password"), s.password};
-        } else {
-            s.userPath = dir.filePath(QStringLiteral("company.db"));
-            where = {QStringLiteral("--db"), s.userPath};
-        }
+        const ConnectionSettings s = newDatabase(dir, QStringLiteral("admin"), where);
         QString out, err;
         QCOMPARE(runAdmin(QStringList{QStringLiteral("init")} + where, &out, &err), int(admin::Ok));
         QVERIFY2(err.isEmpty(), qPrintable(err));
@@ -273,11 +283,59 @@ private slots:
             Recordset persons(c, "select count(*) from tRsBasic");
             QCOMPARE(persons.val(0), 30.0);
         }
+        dropDatabase(s);
+    }
+
+    void adminUpgradeBringsAnOlderDatabaseUp() {
+        const QStringList at = whereArgs(conn().settings());
+        const QString latest = QString::number(schema::latestVersion());
+        QString out, err;
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + at, &out, &err), int(admin::Ok));
+        QVERIFY2(out.contains(QStringLiteral("已是最新版本 ") + latest), qPrintable(out));
+
+        // One version back (every step may run again): the steps above it run.
+        if (schema::latestVersion() > 1) {
+            conn().execute(
+                QStringLiteral("update zq_schema set version=%1").arg(schema::latestVersion() - 1));
+            QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + at, &out, &err), int(admin::Ok));
+            QVERIFY2(out.contains(QStringLiteral("升级到版本 ") + latest), qPrintable(out));
+            QCOMPARE(schema::currentVersion(conn()), schema::latestVersion());
+        }
+
+        // Without a version the tables may be of any program, or seeded already: nothing is changed.
+        const double modules = count("select count(*) from tSysFunc");
+        conn().execute("delete from zq_schema");
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + at, &out, &err), int(admin::Failed));
+        QVERIFY2(err.contains(QStringLiteral("未作任何改动")), qPrintable(err));
+        QVERIFY(out.isEmpty());
+        QCOMPARE(schema::currentVersion(conn()), 0);
+        QCOMPARE(count("select count(*) from tSysFunc"), modules);
+
+        // Neither is an empty database made a company database, nor a missing one made at all.
+        QTemporaryDir dir;
+        QStringList where;
+        const ConnectionSettings other = newDatabase(dir, QStringLiteral("upgrade"), where);
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + where, &out, &err), int(admin::Failed));
+        QVERIFY(out.isEmpty());
+        QVERIFY(!err.isEmpty());
         if (test::onServer()) {
             Connection a;
             a.open(test::serverSettings());
-            a.execute(QStringLiteral("drop database if exists %1").arg(s.defaultDb));
+            a.execute(QStringLiteral("create database %1").arg(other.defaultDb));
+        } else {
+            QVERIFY(!QFileInfo::exists(other.userPath));
+            QFile empty(other.userPath);
+            QVERIFY(empty.open(QIODevice::WriteOnly));
         }
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + where, &out, &err), int(admin::Failed));
+        QVERIFY2(err.contains(QStringLiteral("未作任何改动")), qPrintable(err));
+        {
+            Connection c;
+            c.open(other);
+            QVERIFY(!schema::tableExists(c, QStringLiteral("zq_schema")));
+            QVERIFY(!schema::tableExists(c, QStringLiteral("tRsBasic")));
+        }
+        dropDatabase(other);
     }
 
     void adminCommandLineMistakes() {
