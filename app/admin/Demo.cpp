@@ -515,7 +515,11 @@ int departmentCount(int persons) {
     return std::clamp(persons / 50, 1, 2000);
 }
 
-Summary fill(Connection& c, const Options& o) {
+namespace {
+
+// Writes the whole company, and the demo users when asked, in one transaction: a run that fails or
+// is killed at any moment leaves the database as it was, so that a second run can start afresh.
+Summary fillCompany(Connection& c, const Options& o, bool logins) {
     if (o.persons < 1) throw DbError(QStringLiteral("人数必须是正整数"));
     {
         Recordset rs(c, QStringLiteral("select count(*) from tRsBasic"));
@@ -528,6 +532,7 @@ Summary fill(Connection& c, const Options& o) {
         if (!rs.eof() && !rs.text(0).isEmpty()) name = rs.text(0);
     }
     const Company co = build(o, name);
+    Transaction t(c);
     Summary s;
     s.persons = qint64(co.persons.size());
     s.departments = qint64(co.depts.size());
@@ -550,9 +555,17 @@ Summary fill(Connection& c, const Options& o) {
     writeCards(x);
     writeOffice(x);
     writeDocuments(x);
+    if (logins) s.logins = addDemoUsers(c);
+    t.commit();
     // Fresh statistics, so that the first look-ups on a new company plan well.
     c.execute(QStringLiteral("analyze"));
     return s;
+}
+
+} // namespace
+
+Summary fill(Connection& c, const Options& o) {
+    return fillCompany(c, o, false);
 }
 
 bool holdsSchema(const ConnectionSettings& s) {
@@ -571,9 +584,7 @@ Summary createDemoDatabase(const ConnectionSettings& s, const Options& o) {
     if (!holdsSchema(s)) schema::createDatabase(s);
     Connection c;
     c.open(s);
-    Summary summary = fill(c, o);
-    summary.logins = addDemoUsers(c);
-    return summary;
+    return fillCompany(c, o, true);
 }
 
 } // namespace zq::demo

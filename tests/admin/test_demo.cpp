@@ -12,6 +12,7 @@
 #include <QDate>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QSet>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -56,6 +57,15 @@ QStringList contents(const QStringList& tables) {
     }
     rows.sort();
     return rows;
+}
+
+// The rows of every table of the schema, one "table count" line each.
+QStringList tableCounts() {
+    QStringList out;
+    for (const schema::Table& t : schema::tables())
+        out << QStringLiteral("%1 %2").arg(t.name).arg(
+            count(QStringLiteral("select count(*) from %1").arg(t.name)));
+    return out;
 }
 
 // Runs zqrs-admin in process; gives the exit code and what it wrote.
@@ -246,6 +256,71 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(DbError, fillDemo(2, 50));
         QCOMPARE(count("select count(*) from tRsBasic"), 50.0);
         QCOMPARE(count("select count(*) from tRsFamily"), rows);
+    }
+
+    // A demo that fails midway (here: at the family rows) leaves every table as it was, and a second
+    // run makes the company once, not twice.
+    void aFailedDemoLeavesTheDatabaseAsItWas() {
+        const ConnectionSettings s = conn().settings();
+        const QStringList before = tableCounts();
+        demo::Options o;
+        o.persons = 300;
+        o.seed = 3;
+        o.progress = [](const QString& table, qint64) {
+            if (table == QLatin1String("tRsFamily")) throw DbError(QStringLiteral("故障"));
+        };
+        QVERIFY_THROWS_EXCEPTION(DbError, demo::createDemoDatabase(s, o));
+        QCOMPARE(tableCounts(), before);
+
+        o.progress = {};
+        const demo::Summary made = demo::createDemoDatabase(s, o);
+        QCOMPARE(count("select count(*) from tRsBasic"), 300.0);
+        QCOMPARE(count("select count(*) from tRs_Bm"), double(made.departments + made.posts));
+        QCOMPARE(count("select count(*) from tSysUser"), double(made.logins.size()));
+        QVERIFY(!made.logins.isEmpty());
+    }
+
+    // zqrs-admin demo killed while it writes leaves no company (or, had it just finished, the whole
+    // one), and a run after it makes the company.
+    void aKilledDemoLeavesNoneOrAll() {
+        QTemporaryDir dir;
+        QStringList where;
+        const ConnectionSettings s = newDatabase(dir, QStringLiteral("killed"), where);
+        const QStringList args = QStringList{QStringLiteral("demo")} + where +
+                                 QStringList{"--persons", "2000", "--seed", "5", "--verbose"};
+        const double rows = 3.0 * demo::departmentCount(2000); // departments and two posts each
+        QProcess p;
+        test::startAdmin(p, args);
+        QVERIFY(p.waitForStarted());
+        QByteArray seen;
+        // Killed once the persons are written, with the records of each person still to come.
+        while (!seen.contains("tRsBasic") && p.waitForReadyRead(60000))
+            seen += p.readAllStandardOutput();
+        QVERIFY2(seen.contains("tRsBasic"), seen.constData());
+        p.kill();
+        p.waitForFinished();
+
+        double persons = 0;
+        {
+            Connection c;
+            c.open(s);
+            persons = Recordset(c, "select count(*) from tRsBasic").val(0);
+            const double depts = Recordset(c, "select count(*) from tRs_Bm").val(0);
+            const double users = Recordset(c, "select count(*) from tSysUser").val(0);
+            QVERIFY2(persons == 0 || persons == 2000, qPrintable(QString::number(persons)));
+            QCOMPARE(depts, persons == 0 ? 0.0 : rows);
+            QCOMPARE(users > 0, persons > 0);
+        }
+        if (persons == 0) {
+            QString out, err;
+            QCOMPARE(test::runAdminProcess(args, &out, &err), int(admin::Ok));
+            QVERIFY2(out.contains(QStringLiteral("2000 名员工")), qPrintable(out + err));
+            Connection c;
+            c.open(s);
+            QCOMPARE(Recordset(c, "select count(*) from tRsBasic").val(0), 2000.0);
+            QCOMPARE(Recordset(c, "select count(*) from tRs_Bm").val(0), rows);
+        }
+        dropDatabase(s);
     }
 
     void adminInitRefusesAnInitialisedDatabase() {
