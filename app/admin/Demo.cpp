@@ -14,6 +14,7 @@
 #include <cmath>
 #include <QFileInfo>
 #include <QSet>
+#include <QSqlQuery>
 
 namespace zq::demo {
 
@@ -517,6 +518,28 @@ int departmentCount(int persons) {
 
 namespace {
 
+// On the file, a rollback journal for the time of the fill: it keeps only the pages that were there
+// before (few in a new company), where the write-ahead log would hold every page of the one large
+// transaction once more. Either way a killed fill rolls back. Best effort: with other connections
+// open on the file the mode stays as it is.
+class FileJournal {
+public:
+    explicit FileJournal(Connection& c)
+        : m_c(c) {
+        if (!c.dialect().isServer())
+            QSqlQuery(c.database()).exec(QStringLiteral("pragma journal_mode=delete"));
+    }
+    ~FileJournal() {
+        if (!m_c.dialect().isServer())
+            QSqlQuery(m_c.database()).exec(QStringLiteral("pragma journal_mode=wal"));
+    }
+    FileJournal(const FileJournal&) = delete;
+    FileJournal& operator=(const FileJournal&) = delete;
+
+private:
+    Connection& m_c;
+};
+
 // Writes the whole company, and the demo users when asked, in one transaction: a run that fails or
 // is killed at any moment leaves the database as it was, so that a second run can start afresh.
 Summary fillCompany(Connection& c, const Options& o, bool logins) {
@@ -532,6 +555,7 @@ Summary fillCompany(Connection& c, const Options& o, bool logins) {
         if (!rs.eof() && !rs.text(0).isEmpty()) name = rs.text(0);
     }
     const Company co = build(o, name);
+    const FileJournal journal(c);
     Transaction t(c);
     Summary s;
     s.persons = qint64(co.persons.size());
