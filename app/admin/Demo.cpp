@@ -14,6 +14,7 @@
 #include <cmath>
 #include <QFileInfo>
 #include <QSet>
+#include <QSqlQuery>
 
 namespace zq::demo {
 
@@ -515,7 +516,33 @@ int departmentCount(int persons) {
     return std::clamp(persons / 50, 1, 2000);
 }
 
-Summary fill(Connection& c, const Options& o) {
+namespace {
+
+// On the file, a rollback journal for the time of the fill: it keeps only the pages that were there
+// before (few in a new company), where the write-ahead log would hold every page of the one large
+// transaction once more. Either way a killed fill rolls back. Best effort: with other connections
+// open on the file the mode stays as it is.
+class FileJournal {
+public:
+    explicit FileJournal(Connection& c)
+        : m_c(c) {
+        if (!c.dialect().isServer())
+            QSqlQuery(c.database()).exec(QStringLiteral("pragma journal_mode=delete"));
+    }
+    ~FileJournal() {
+        if (!m_c.dialect().isServer())
+            QSqlQuery(m_c.database()).exec(QStringLiteral("pragma journal_mode=wal"));
+    }
+    FileJournal(const FileJournal&) = delete;
+    FileJournal& operator=(const FileJournal&) = delete;
+
+private:
+    Connection& m_c;
+};
+
+// Writes the whole company, and the demo users when asked, in one transaction: a run that fails or
+// is killed at any moment leaves the database as it was, so that a second run can start afresh.
+Summary fillCompany(Connection& c, const Options& o, bool logins) {
     if (o.persons < 1) throw DbError(QStringLiteral("人数必须是正整数"));
     {
         Recordset rs(c, QStringLiteral("select count(*) from tRsBasic"));
@@ -528,6 +555,8 @@ Summary fill(Connection& c, const Options& o) {
         if (!rs.eof() && !rs.text(0).isEmpty()) name = rs.text(0);
     }
     const Company co = build(o, name);
+    const FileJournal journal(c);
+    Transaction t(c);
     Summary s;
     s.persons = qint64(co.persons.size());
     s.departments = qint64(co.depts.size());
@@ -550,9 +579,17 @@ Summary fill(Connection& c, const Options& o) {
     writeCards(x);
     writeOffice(x);
     writeDocuments(x);
+    if (logins) s.logins = addDemoUsers(c);
+    t.commit();
     // Fresh statistics, so that the first look-ups on a new company plan well.
     c.execute(QStringLiteral("analyze"));
     return s;
+}
+
+} // namespace
+
+Summary fill(Connection& c, const Options& o) {
+    return fillCompany(c, o, false);
 }
 
 bool holdsSchema(const ConnectionSettings& s) {
@@ -571,9 +608,7 @@ Summary createDemoDatabase(const ConnectionSettings& s, const Options& o) {
     if (!holdsSchema(s)) schema::createDatabase(s);
     Connection c;
     c.open(s);
-    Summary summary = fill(c, o);
-    summary.logins = addDemoUsers(c);
-    return summary;
+    return fillCompany(c, o, true);
 }
 
 } // namespace zq::demo

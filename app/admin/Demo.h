@@ -42,12 +42,13 @@ QVector<DemoLogin> addDemoUsers(Connection& c);
 // Departments the company of n persons has: one for about fifty persons, at most 2,000.
 int departmentCount(int persons);
 
-// Fills a database that has the schema and no persons with a demo company. Refuses (DbError, nothing
+// Fills a database that has the schema and no persons with a demo company, in one transaction:
+// all of it or, on an error (also one thrown by progress), nothing. Refuses (DbError, nothing
 // written) a database that holds persons already.
 Summary fill(Connection& c, const Options& o);
 
 // What `zqrs-admin demo` does: makes the database the settings name unless it holds the schema
-// already, then fills it and adds the demo users.
+// already, then fills it and adds the demo users in one transaction.
 Summary createDemoDatabase(const ConnectionSettings& s, const Options& o);
 
 // True when a database holds the schema: a SQLite file that exists and has it, or a server

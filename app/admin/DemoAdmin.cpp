@@ -25,6 +25,7 @@ const QString kHelp =
                    "  zqrs-admin demo --db 文件 --persons 人数 [--seed 种子]\n"
                    "  zqrs-admin demo --server 主机[:端口] --database 库名 [--user 用户] [--password 密码]\n"
                    "                  --persons 人数 [--seed 种子]\n"
+                   "  zqrs-admin upgrade (--db 文件 | --server 主机[:端口] --database 库名 ...)\n"
                    "  zqrs-admin version\n"
                    "  demo 加 --verbose 逐表显示行数和用时。\n"
                    "\n"
@@ -33,6 +34,7 @@ const QString kHelp =
                    "demo     数据库不存在时先建立, 再填入一个演示公司(同一种子得到同样的数据),\n"
                    "         并建立演示用户: 系统负责人和两位权限有限的员工。\n"
                    "         已有员工的数据库不作任何改动。\n"
+                   "upgrade  把旧的数据库升级到本程序的结构版本, 显示升级前后的版本。\n"
                    "version  显示程序和数据库结构的版本。\n");
 
 struct Parsed {
@@ -73,7 +75,8 @@ bool parse(const QStringList& args, Parsed& p, QString& error, bool& help) {
     }
     p.command = positional.first();
     if (p.command == QLatin1String("version")) return true;
-    if (p.command != QLatin1String("init") && p.command != QLatin1String("demo")) {
+    if (p.command != QLatin1String("init") && p.command != QLatin1String("demo") &&
+        p.command != QLatin1String("upgrade")) {
         error = QStringLiteral("未知命令: %1").arg(p.command);
         return false;
     }
@@ -122,7 +125,40 @@ QString where(const ConnectionSettings& s) {
     return s.sqlData == 0 ? s.userPath : QStringLiteral("%1/%2").arg(s.userPath, s.defaultDb);
 }
 
+// Brings a database of this system to the schema version of this program. A database without a
+// version is refused: the first step would make a company database out of any other one, and it
+// would seed the dictionaries a second time into one that has them.
+void upgradeDatabase(const ConnectionSettings& s, QTextStream& out) {
+    Connection c;
+    c.open(s);
+    const int before = schema::currentVersion(c);
+    const int latest = schema::latestVersion();
+    if (before == 0)
+        throw DbError(
+            QStringLiteral("%1 没有本系统的数据库结构版本, 未作任何改动 (新数据库请用 init)").arg(where(s)));
+    if (before > latest)
+        throw DbError(
+            QStringLiteral("数据库结构版本 %1 比本程序的版本 %2 新, 未作任何改动").arg(before).arg(latest));
+    if (before == latest) {
+        out << QStringLiteral("数据库结构已是最新版本 %1, 未作改动 (%2)").arg(before).arg(where(s)) << '\n';
+        return;
+    }
+    schema::upgrade(c);
+    out << QStringLiteral("数据库结构已从版本 %1 升级到版本 %2 (%3)")
+               .arg(before)
+               .arg(schema::currentVersion(c))
+               .arg(where(s))
+        << '\n';
+}
+
 } // namespace
+
+void makeReadOnly(Connection& c) {
+    if (c.dialect().isServer())
+        c.execute(QStringLiteral("set session characteristics as transaction read only"));
+    else
+        c.execute(QStringLiteral("pragma query_only=1"));
+}
 
 bool DatabaseOptions::read(const QCommandLineParser& parser, ConnectionSettings& s, QString& error) const {
     if (parser.isSet(db) == parser.isSet(server)) {
@@ -171,7 +207,9 @@ int run(const QStringList& args, QTextStream& out, QTextStream& err) {
         return Ok;
     }
     try {
-        if (p.command == QLatin1String("init")) {
+        if (p.command == QLatin1String("upgrade")) {
+            upgradeDatabase(p.settings, out);
+        } else if (p.command == QLatin1String("init")) {
             schema::createDatabase(p.settings);
             out << QStringLiteral("已建立数据库: %1 (结构版本 %2)")
                        .arg(where(p.settings))

@@ -16,6 +16,9 @@ enum Exit { Ok = 0, Failed = 1, Usage = 2 };
 // errors to err; gives the exit code. A QCoreApplication must exist (the SQL drivers need it).
 int run(const QStringList& args, QTextStream& out, QTextStream& err);
 
+// Makes every later statement on the connection read-only: the engine itself refuses a write.
+void makeReadOnly(Connection& c);
+
 // The database options every command takes: --db FILE, or --server HOST[:PORT] --database NAME
 // [--user U] [--password P].
 struct DatabaseOptions {

@@ -36,13 +36,12 @@ private:
     std::mt19937 m_engine;
 };
 
-// Inserts rows with bound values through a prepared statement of several rows. Commits every 10,000
-// rows.
+// Inserts rows with bound values through a prepared statement of several rows, inside the caller's
+// transaction.
 class Writer {
 public:
     // columns: the names, comma-separated.
     Writer(Connection& c, const QString& table, const QString& columns);
-    ~Writer();
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
@@ -59,7 +58,7 @@ public:
     Writer& operator<<(double v) { return *this << QVariant(v); }
     // Ends the row whose values were given.
     void row();
-    // Writes what is pending and commits; gives the rows written.
+    // Writes what is pending; gives the rows written.
     qint64 finish();
     const QString& table() const { return m_table; }
 
@@ -75,8 +74,6 @@ private:
     QSqlQuery m_query;
     std::vector<QVariant> m_values;
     qint64 m_rows = 0;
-    qint64 m_uncommitted = 0;
-    bool m_finished = false;
 };
 
 // ---- The company in memory -----------------------------------------------------------------

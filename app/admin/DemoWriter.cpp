@@ -48,7 +48,6 @@ QString Rng::digits(int n) {
 // ---- Writer ----------------------------------------------------------------------------------
 
 namespace {
-constexpr qint64 kRowsPerTransaction = 10000;
 // Several rows a statement: one round trip for many on the server, fewer calls on the file.
 constexpr int kValuesPerStatement = 1000;
 } // namespace
@@ -58,19 +57,16 @@ Writer::Writer(Connection& c, const QString& table, const QString& columns)
     , m_table(table)
     , m_columns(columns.split(QLatin1Char(',')))
     , m_query(c.database()) {
+    // The company is written in one transaction of the caller's, so that it is all there or not at all.
+    if (!c.inTransaction()) throw DbError(QStringLiteral("%1: 演示数据须在事务中写入").arg(table));
     m_perStatement = std::max(1, kValuesPerStatement / int(m_columns.size()));
     m_values.reserve(size_t(m_perStatement) * m_columns.size());
     const QString sql = statement(m_perStatement);
     if (!m_query.prepare(sql)) throw DbError(m_query.lastError().text(), sql);
-    m_c.beginTrans();
 }
 
 const QString& Writer::blankText() {
     return blank();
-}
-
-Writer::~Writer() {
-    if (!m_finished) m_c.rollbackTrans();
 }
 
 QString Writer::statement(int rows) const {
@@ -101,19 +97,11 @@ void Writer::flush(int rows) {
     if (!q->exec()) throw DbError(q->lastError().text(), q->lastQuery());
     m_values.clear();
     m_rows += rows;
-    m_uncommitted += rows;
-    if (m_uncommitted >= kRowsPerTransaction) {
-        m_c.commitTrans();
-        m_c.beginTrans();
-        m_uncommitted = 0;
-    }
 }
 
 qint64 Writer::finish() {
     flush(int(m_values.size() / m_columns.size()));
     m_query.finish();
-    m_finished = true;
-    m_c.commitTrans();
     return m_rows;
 }
 

@@ -11,10 +11,13 @@
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/Recordset.h"
+#include "shell/Schema.h"
 #include "shell/SqlText.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QHash>
+#include <QSet>
 
 namespace zq::admin {
 
@@ -26,9 +29,110 @@ const char* kUsage =
     "[--password P])\n"
     "                         [--filter COND] [--template RsCard --sheet RsCard_01] --pdf OUT.pdf\n"
     "  zqrs-admin print grid  (--db FILE | --server ...) --table TABLE --fields f1,f2,...\n"
-    "                         [--filter COND] [--title TITLE] --pdf OUT.pdf\n";
+    "                         [--filter COND] [--title TITLE] --pdf OUT.pdf\n"
+    "  表和字段须在字段字典中; 过滤条件只能用该表的字段、值、比较和 and or not like in is null\n"
+    "  between lower upper trim length substr。\n";
+
+// Refused: a print that names something outside what the field dictionary describes.
+struct Refused {
+    QString message;
+};
+
+// The tables the field dictionary describes, lower-cased -> as written there.
+QHash<QString, QString> dictionaryTables() {
+    QHash<QString, QString> out;
+    for (Recordset rs(conn(), QStringLiteral("select distinct fTable from RptListDetail")); !rs.eof();
+         rs.moveNext())
+        out.insert(rs.text(0).toLower(), rs.text(0));
+    return out;
+}
+
+// The fields the dictionary gives a table, lower-cased -> as written there.
+QHash<QString, QString> dictionaryFields(const QString& table) {
+    QHash<QString, QString> out;
+    for (Recordset rs(conn(), QStringLiteral("select FieldName from RptListDetail where ftable=%1")
+                                  .arg(quoted(table.toLower())));
+         !rs.eof(); rs.moveNext())
+        out.insert(rs.text(0).toLower(), rs.text(0));
+    return out;
+}
+
+// The table as the dictionary writes it; refused when the dictionary does not describe it.
+QString printableTable(const QString& table) {
+    const QString name = dictionaryTables().value(table.trimmed().toLower());
+    if (name.isEmpty()) throw Refused{QStringLiteral("表 %1 不在字段字典中, 不能打印").arg(table)};
+    return name;
+}
+
+// A filter may name the columns of the printed table: its dictionary fields and its own columns.
+QSet<QString> filterColumns(const QString& table) {
+    QSet<QString> out;
+    for (const QString& f : dictionaryFields(table).keys())
+        out.insert(f);
+    if (const schema::Table* t = schema::findTable(table))
+        for (const schema::Column& c : t->columns)
+            out.insert(c.name.toLower());
+    return out;
+}
+
+// A filter is a condition on the printed table. Rather than parse SQL (a parser per engine, and
+// one miss is a leak), every word outside a quoted value must be a column of that table or one of a
+// few operators and functions, and only plain punctuation may stand between them. So no second
+// statement (no ";"), no subquery or union (no "select"), no other table (the users and their
+// password hashes included), no server function and no quoted name can be written. The read-only
+// session stops whatever write might still get through.
+void checkFilter(const QString& filter, const QSet<QString>& columns) {
+    static const QSet<QString> words = {
+        QStringLiteral("and"),    QStringLiteral("or"),    QStringLiteral("not"),   QStringLiteral("like"),
+        QStringLiteral("in"),     QStringLiteral("is"),    QStringLiteral("null"),  QStringLiteral("between"),
+        QStringLiteral("escape"), QStringLiteral("lower"), QStringLiteral("upper"), QStringLiteral("trim"),
+        QStringLiteral("length"), QStringLiteral("substr")};
+    static const QString punctuation = QStringLiteral("=<>!+-*/%(),.|");
+    const auto refuse = [](const QString& what) {
+        throw Refused{QStringLiteral("过滤条件中不能有 %1").arg(what)};
+    };
+    const auto isWordChar = [](QChar ch) {
+        return (ch.unicode() < 128 && ch.isLetterOrNumber()) || ch == QLatin1Char('_');
+    };
+    for (qsizetype i = 0; i < filter.size();) {
+        const QChar ch = filter.at(i);
+        if (ch == QLatin1Char('\'')) { // a value: up to the closing quote, '' standing for one quote
+            ++i;
+            for (;; ++i) {
+                if (i >= filter.size()) refuse(QStringLiteral("不成对的单引号"));
+                if (filter.at(i) != QLatin1Char('\'')) continue;
+                if (i + 1 < filter.size() && filter.at(i + 1) == QLatin1Char('\'')) {
+                    ++i;
+                    continue;
+                }
+                break;
+            }
+            ++i;
+        } else if (ch.isDigit() && ch.unicode() < 128) { // a number; letters after it are a word
+            while (i < filter.size() && ((filter.at(i).isDigit() && filter.at(i).unicode() < 128) ||
+                                         filter.at(i) == QLatin1Char('.')))
+                ++i;
+        } else if (isWordChar(ch)) {
+            const qsizetype start = i;
+            while (i < filter.size() && isWordChar(filter.at(i)))
+                ++i;
+            const QString word = filter.mid(start, i - start).toLower();
+            if (!columns.contains(word) && !words.contains(word)) refuse(filter.mid(start, i - start));
+        } else if (ch.isSpace()) {
+            ++i;
+        } else if (punctuation.contains(ch)) {
+            // Comments would hide the rest of the statement.
+            const QString two = filter.mid(i, 2);
+            if (two == QLatin1String("--") || two == QLatin1String("/*")) refuse(two);
+            ++i;
+        } else {
+            refuse(QString(ch));
+        }
+    }
+}
 
 // A grid print of one table: captions from the field dictionary, widths from the field sizes there.
+// Table, fields and filter have been checked against the dictionary.
 bool printTable(const QString& table, const QStringList& fields, const QString& filter,
                 const QString& title) {
     TableData data;
@@ -105,19 +209,37 @@ int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
     try {
         useDatabase(s);
         conn().open(s);
+        makeReadOnly(conn()); // every statement of the print: the engine refuses a write
         LoadCompany();
-        PrintOutput::setPdfPath(out_pdf);
-        QFile::remove(out_pdf);
+        const QString cond = parser.value(filter).trimmed();
         if (what == QLatin1String("cards")) {
-            PrintPersonCard(3, parser.value(templ), parser.value(sheet), parser.value(filter));
+            checkFilter(cond, filterColumns(QStringLiteral("tRsBasic")));
+            PrintOutput::setPdfPath(out_pdf);
+            QFile::remove(out_pdf);
+            PrintPersonCard(3, parser.value(templ), parser.value(sheet), cond);
         } else {
-            QStringList f = parser.value(fields).split(QLatin1Char(','), Qt::SkipEmptyParts);
-            for (QString& x : f)
-                x = checked(x.trimmed());
-            printTable(checked(parser.value(table)), f, parser.value(filter), parser.value(title));
+            const QString name = printableTable(parser.value(table));
+            const QHash<QString, QString> known = dictionaryFields(name);
+            QStringList f;
+            for (const QString& x : parser.value(fields).split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+                const QString field = known.value(x.trimmed().toLower());
+                if (field.isEmpty())
+                    throw Refused{
+                        QStringLiteral("字段 %1 不是字段字典中表 %2 的字段").arg(x.trimmed(), name)};
+                f << field;
+            }
+            checkFilter(cond, filterColumns(name));
+            PrintOutput::setPdfPath(out_pdf);
+            QFile::remove(out_pdf);
+            printTable(name, f, cond, parser.value(title));
         }
         conn().close();
+    } catch (const Refused& r) {
+        conn().close();
+        err << "zqrs-admin: " << r.message << "\n";
+        return Failed;
     } catch (const DbError& e) {
+        conn().close();
         err << "zqrs-admin: " << e.message() << "\n";
         return Failed;
     }

@@ -192,9 +192,9 @@ void MainWindow::updateStatus() {
     m_log->setEnabled(loggedIn && g.isSupervisor());
 }
 
-bool MainWindow::login() {
+bool MainWindow::login(const QString& userName) {
     G().UserName.clear();
-    const bool ok = zq::StandAloneLogin();
+    const bool ok = zq::StandAloneLogin(userName);
     refresh();
     return ok;
 }

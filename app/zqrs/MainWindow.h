@@ -24,8 +24,8 @@ public:
     // may reach; then the status bar.
     void refresh();
     void updateStatus();
-    // The stand-alone login; false when the user gave up.
-    bool login();
+    // The stand-alone login, offering `userName` first; false when the user gave up.
+    bool login(const QString& userName = QString());
 
     void changePassword();
     void openUserAdmin();

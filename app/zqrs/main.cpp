@@ -4,7 +4,6 @@
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
-#include "shell/Rights.h"
 #include "shell/ui/Fonts.h"
 #include "shell/ui/zqRs.h"
 
@@ -75,7 +74,7 @@ int main(int argc, char** argv) {
     const QCommandLineOption database("database", "Database on the server.", "NAME");
     const QCommandLineOption user("user", "Login on the server.", "U");
     const QCommandLineOption password("password", "Password of the server login.", "P");
-    const QCommandLineOption name("name", "Work as this person without the login window.", "NAME");
+    const QCommandLineOption name("name", "Offer this user in the login, which asks the password.", "NAME");
     const QCommandLineOption language("language", "0 simplified Chinese, 1 traditional Chinese.", "0|1");
     const QCommandLineOption demo("demo", "Open the demo company; make it first when it is missing "
                                           "(in the data folder unless --db or --server says where).");
@@ -123,15 +122,9 @@ int main(int argc, char** argv) {
         if (!ensureDemo({g.SQLData, g.UserPath, g.Password, g.UserID, g.Default})) return 1;
     }
 
-    // A user name kept from the last run is no login: the login window asks again.
-    if (parser.isSet(name)) {
-        if (!zq::LoginAs(parser.value(name))) {
-            zq::ShowMsg(QStringLiteral("无法打开数据库: %1").arg(zq::G().UserPath), zq::vbExclamation);
-            return 1;
-        }
-    } else if (!window.login()) {
-        return 0;
-    }
+    // A user name kept from the last run is no login, and neither is --name: only the login window,
+    // with the user's password, lets anyone in.
+    if (!window.login(parser.value(name))) return 0;
     if (parser.isSet(company)) control.setCompName(parser.value(company));
 
     window.refresh();

@@ -112,34 +112,26 @@ bool takeBack(const LoginResult& r) {
     if (conn().isOpen() && !sameDatabase(conn().settings(), controlDatabase())) conn().close();
     return !g.UserPath.isEmpty() && !g.UserName.isEmpty();
 }
-} // namespace
 
-bool StandAloneLogin() {
-    const LoginRequest request = requestOfControl();
-    LoginResult r = presentValues(request);
-    if (!hook() || !hook()(request, r)) r.userName.clear();
-    return takeBack(r);
-}
-
-void fillLogin(Connection& db, const AccountSet& set, const QString& name, LoginResult& r) {
-    const std::optional<User> user = findUser(db, name);
-    r.userName = user ? user->name : name;
-    if (user) {
-        r.myPower = user->supervisor ? fullPower() : user->power;
-        r.zgName = user->supervisor ? user->name : supervisorName(db);
-    } else if (!hasUsers(db)) {
-        // No one has set up users yet: the person the host names is in charge, as the first login
-        // would be.
-        r.myPower = fullPower();
-        r.zgName = name;
-    } else {
-        r.zgName = supervisorName(db);
-    }
+// The values a login gives back for a user whose password was checked.
+void fillLogin(Connection& db, const AccountSet& set, const User& user, LoginResult& r) {
+    r.userName = user.name;
+    r.myPower = user.supervisor ? fullPower() : user.power;
+    r.zgName = user.supervisor ? user.name : supervisorName(db);
     const QString company = companyName(db);
     r.compName = company.isEmpty() ? set.name : company;
     r.accName = set.name;
     r.database = set.settings(db.settings().password);
     r.extra = QDateTime::currentDateTime().toString(Qt::ISODate);
+}
+} // namespace
+
+bool StandAloneLogin(const QString& userName) {
+    LoginRequest request = requestOfControl();
+    request.userName = userName;
+    LoginResult r = presentValues(request);
+    if (!hook() || !hook()(request, r)) r.userName.clear();
+    return takeBack(r);
 }
 
 LoginCheck signIn(Connection& db, const AccountSet& set, const QString& name, const QString& password,
@@ -147,30 +139,12 @@ LoginCheck signIn(Connection& db, const AccountSet& set, const QString& name, co
     User user;
     const LoginCheck check = checkLogin(db, name, password, &user);
     if (check == LoginCheck::Ok) {
-        fillLogin(db, set, user.name, r);
+        fillLogin(db, set, user, r);
         writeLog(db, user.name, QString(), QStringLiteral("登录"));
     } else if (check == LoginCheck::WrongPassword || check == LoginCheck::Disabled) {
         writeLog(db, name.trimmed(), QString(), QStringLiteral("登录失败"));
     }
     return check;
-}
-
-bool LoginAs(const QString& name) {
-    const LoginRequest request = requestOfControl();
-    LoginResult r = presentValues(request);
-    Connection db;
-    try {
-        db.open(request.database);
-        AccountSet set = accountSetOf(request.database);
-        if (!request.settingsFile.isEmpty())
-            for (const AccountSet& known : loadAccountSets(request.settingsFile))
-                if (known.sameDatabase(set)) set.name = known.name;
-        fillLogin(db, set, name, r);
-    } catch (const DbError&) {
-        return false;
-    }
-    r.database = request.database;
-    return takeBack(r);
 }
 
 qint16 CheckModel(QString& model, qint16 op) {

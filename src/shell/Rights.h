@@ -15,6 +15,8 @@ struct LoginRequest {
     QString settingsFile;
     QString myModel;
     qint16 language = 0;
+    // The user the login offers first; the login still asks that user's password.
+    QString userName;
 };
 
 // What the login gives back. The account set chosen names the database; userName stays empty when
@@ -38,8 +40,8 @@ void setLoginHook(LoginHook hook);
 // Runs the login with the control's settings and takes back its values into the global state:
 // myModel, the database (UserPath becomes the file, or the server's address, or "SQL Server" for
 // the local one), CompName, AccName, UserName, myPower, ZgName. False when UserPath or UserName is
-// still empty afterwards.
-bool StandAloneLogin();
+// still empty afterwards. `userName` is the user the login offers first (the host was given it).
+bool StandAloneLogin(const QString& userName = QString());
 // The further value of the last login.
 QString LoginExtra();
 
@@ -48,13 +50,6 @@ QString LoginExtra();
 // a known user goes to the log: "登录", or "登录失败" for a wrong password.
 LoginCheck signIn(Connection& db, const AccountSet& set, const QString& name, const QString& password,
                   LoginResult& r);
-// Fills the values of a login for a user the host vouches for, without a password: the user's
-// rights and supervisor when the account set knows the name (every right and supervisor when it
-// has no users at all; the rights as they were otherwise), the rest as a login would.
-void fillLogin(Connection& db, const AccountSet& set, const QString& name, LoginResult& r);
-// Makes the named person the user of the control's database without asking (the host was given
-// the name); the control's settings must name a database that opens. False when it does not.
-bool LoginAs(const QString& name);
 
 // Whether the user may carry out operation op (0 enter, 1 add, 2 change, 3 delete, 4 audit) of a
 // module, given by key or caption. Logs the user in first when no one is. 0 means refused;

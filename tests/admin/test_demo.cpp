@@ -1,4 +1,4 @@
-#include "TestDb.h"
+#include "AdminTest.h"
 
 #include "admin/Demo.h"
 #include "admin/DemoAdmin.h"
@@ -10,6 +10,9 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDate>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
 #include <QSet>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -17,6 +20,8 @@
 #include <QTest>
 
 using namespace zq;
+using test::dropDatabase;
+using test::whereArgs;
 
 namespace {
 
@@ -54,6 +59,15 @@ QStringList contents(const QStringList& tables) {
     return rows;
 }
 
+// The rows of every table of the schema, one "table count" line each.
+QStringList tableCounts() {
+    QStringList out;
+    for (const schema::Table& t : schema::tables())
+        out << QStringLiteral("%1 %2").arg(t.name).arg(
+            count(QStringLiteral("select count(*) from %1").arg(t.name)));
+    return out;
+}
+
 // Runs zqrs-admin in process; gives the exit code and what it wrote.
 int runAdmin(const QStringList& args, QString* out = nullptr, QString* err = nullptr) {
     QString o, e;
@@ -62,6 +76,21 @@ int runAdmin(const QStringList& args, QString* out = nullptr, QString* err = nul
     if (out) *out = o;
     if (err) *err = e;
     return rc;
+}
+
+// A database of its own for a command-line test, not made yet: a file in dir, or a database on the
+// server named after the test; and the options of zqrs-admin that name it.
+ConnectionSettings newDatabase(const QTemporaryDir& dir, const QString& name, QStringList& where) {
+    ConnectionSettings s;
+    if (test::onServer()) {
+        s = test::serverSettings();
+        s.defaultDb = QStringLiteral("zqt_%1_%2").arg(name).arg(QCoreApplication::applicationPid());
+        dropDatabase(s);
+    } else {
+        s.userPath = dir.filePath(name + QStringLiteral(".db"));
+    }
+    where = whereArgs(s);
+    return s;
 }
 
 } // namespace
@@ -229,19 +258,75 @@ private slots:
         QCOMPARE(count("select count(*) from tRsFamily"), rows);
     }
 
+    // A demo that fails midway (here: at the family rows) leaves every table as it was, and a second
+    // run makes the company once, not twice.
+    void aFailedDemoLeavesTheDatabaseAsItWas() {
+        const ConnectionSettings s = conn().settings();
+        const QStringList before = tableCounts();
+        demo::Options o;
+        o.persons = 300;
+        o.seed = 3;
+        o.progress = [](const QString& table, qint64) {
+            if (table == QLatin1String("tRsFamily")) throw DbError(QStringLiteral("故障"));
+        };
+        QVERIFY_THROWS_EXCEPTION(DbError, demo::createDemoDatabase(s, o));
+        QCOMPARE(tableCounts(), before);
+
+        o.progress = {};
+        const demo::Summary made = demo::createDemoDatabase(s, o);
+        QCOMPARE(count("select count(*) from tRsBasic"), 300.0);
+        QCOMPARE(count("select count(*) from tRs_Bm"), double(made.departments + made.posts));
+        QCOMPARE(count("select count(*) from tSysUser"), double(made.logins.size()));
+        QVERIFY(!made.logins.isEmpty());
+    }
+
+    // zqrs-admin demo killed while it writes leaves no company (or, had it just finished, the whole
+    // one), and a run after it makes the company.
+    void aKilledDemoLeavesNoneOrAll() {
+        QTemporaryDir dir;
+        QStringList where;
+        const ConnectionSettings s = newDatabase(dir, QStringLiteral("killed"), where);
+        const QStringList args = QStringList{QStringLiteral("demo")} + where +
+                                 QStringList{"--persons", "2000", "--seed", "5", "--verbose"};
+        const double rows = 3.0 * demo::departmentCount(2000); // departments and two posts each
+        QProcess p;
+        test::startAdmin(p, args);
+        QVERIFY(p.waitForStarted());
+        QByteArray seen;
+        // Killed once the persons are written, with the records of each person still to come.
+        while (!seen.contains("tRsBasic") && p.waitForReadyRead(60000))
+            seen += p.readAllStandardOutput();
+        QVERIFY2(seen.contains("tRsBasic"), seen.constData());
+        p.kill();
+        p.waitForFinished();
+
+        double persons = 0;
+        {
+            Connection c;
+            c.open(s);
+            persons = Recordset(c, "select count(*) from tRsBasic").val(0);
+            const double depts = Recordset(c, "select count(*) from tRs_Bm").val(0);
+            const double users = Recordset(c, "select count(*) from tSysUser").val(0);
+            QVERIFY2(persons == 0 || persons == 2000, qPrintable(QString::number(persons)));
+            QCOMPARE(depts, persons == 0 ? 0.0 : rows);
+            QCOMPARE(users > 0, persons > 0);
+        }
+        if (persons == 0) {
+            QString out, err;
+            QCOMPARE(test::runAdminProcess(args, &out, &err), int(admin::Ok));
+            QVERIFY2(out.contains(QStringLiteral("2000 名员工")), qPrintable(out + err));
+            Connection c;
+            c.open(s);
+            QCOMPARE(Recordset(c, "select count(*) from tRsBasic").val(0), 2000.0);
+            QCOMPARE(Recordset(c, "select count(*) from tRs_Bm").val(0), rows);
+        }
+        dropDatabase(s);
+    }
+
     void adminInitRefusesAnInitialisedDatabase() {
         QTemporaryDir dir;
         QStringList where;
-        ConnectionSettings s;
-        if (test::onServer()) {
-            s = test::serverSettings();
-            s.defaultDb = QStringLiteral("zqt_admin_%1").arg(QCoreApplication::applicationPid());
-            where = {QStringLiteral("--server"), s.userPath, QStringLiteral("--database"), s.defaultDb,
-                     QStringLiteral("--user"),   s.userId,   QStringLiteral("--password"), s.password};
-        } else {
-            s.userPath = dir.filePath(QStringLiteral("company.db"));
-            where = {QStringLiteral("--db"), s.userPath};
-        }
+        const ConnectionSettings s = newDatabase(dir, QStringLiteral("admin"), where);
         QString out, err;
         QCOMPARE(runAdmin(QStringList{QStringLiteral("init")} + where, &out, &err), int(admin::Ok));
         QVERIFY2(err.isEmpty(), qPrintable(err));
@@ -273,11 +358,59 @@ private slots:
             Recordset persons(c, "select count(*) from tRsBasic");
             QCOMPARE(persons.val(0), 30.0);
         }
+        dropDatabase(s);
+    }
+
+    void adminUpgradeBringsAnOlderDatabaseUp() {
+        const QStringList at = whereArgs(conn().settings());
+        const QString latest = QString::number(schema::latestVersion());
+        QString out, err;
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + at, &out, &err), int(admin::Ok));
+        QVERIFY2(out.contains(QStringLiteral("已是最新版本 ") + latest), qPrintable(out));
+
+        // One version back (every step may run again): the steps above it run.
+        if (schema::latestVersion() > 1) {
+            conn().execute(
+                QStringLiteral("update zq_schema set version=%1").arg(schema::latestVersion() - 1));
+            QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + at, &out, &err), int(admin::Ok));
+            QVERIFY2(out.contains(QStringLiteral("升级到版本 ") + latest), qPrintable(out));
+            QCOMPARE(schema::currentVersion(conn()), schema::latestVersion());
+        }
+
+        // Without a version the tables may be of any program, or seeded already: nothing is changed.
+        const double modules = count("select count(*) from tSysFunc");
+        conn().execute("delete from zq_schema");
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + at, &out, &err), int(admin::Failed));
+        QVERIFY2(err.contains(QStringLiteral("未作任何改动")), qPrintable(err));
+        QVERIFY(out.isEmpty());
+        QCOMPARE(schema::currentVersion(conn()), 0);
+        QCOMPARE(count("select count(*) from tSysFunc"), modules);
+
+        // Neither is an empty database made a company database, nor a missing one made at all.
+        QTemporaryDir dir;
+        QStringList where;
+        const ConnectionSettings other = newDatabase(dir, QStringLiteral("upgrade"), where);
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + where, &out, &err), int(admin::Failed));
+        QVERIFY(out.isEmpty());
+        QVERIFY(!err.isEmpty());
         if (test::onServer()) {
             Connection a;
             a.open(test::serverSettings());
-            a.execute(QStringLiteral("drop database if exists %1").arg(s.defaultDb));
+            a.execute(QStringLiteral("create database %1").arg(other.defaultDb));
+        } else {
+            QVERIFY(!QFileInfo::exists(other.userPath));
+            QFile empty(other.userPath);
+            QVERIFY(empty.open(QIODevice::WriteOnly));
         }
+        QCOMPARE(runAdmin(QStringList{QStringLiteral("upgrade")} + where, &out, &err), int(admin::Failed));
+        QVERIFY2(err.contains(QStringLiteral("未作任何改动")), qPrintable(err));
+        {
+            Connection c;
+            c.open(other);
+            QVERIFY(!schema::tableExists(c, QStringLiteral("zq_schema")));
+            QVERIFY(!schema::tableExists(c, QStringLiteral("tRsBasic")));
+        }
+        dropDatabase(other);
     }
 
     void adminCommandLineMistakes() {

@@ -239,26 +239,37 @@ private slots:
         Q_UNUSED(second);
     }
 
-    void hostNamedUserNeedsNoPassword() {
-        QVERIFY(LoginAs("张三"));
-        QCOMPARE(m_shown, 0);
-        QCOMPARE(G().UserName, QString("张三"));
-        QCOMPARE(G().ZgName, QString("系统管理员"));
-        QCOMPARE(G().myPower.left(6), QString("100001"));
-        QVERIFY(LoginAs("系统管理员"));
-        QCOMPARE(G().myPower, fullPower());
+    // The host may name a user (zqrs --name): the login offers that user and still asks the password.
+    void hostNamedUserStillNeedsThePassword() {
+        drive([this](QDialog& d) {
+            QCOMPARE(child<QComboBox>(d, "cboUser")->currentText(), QString("系统管理员"));
+            QVERIFY(child<QLineEdit>(d, "txtPassword")->text().isEmpty());
+            child<QPushButton>(d, "cmdOK")->click();
+            QCOMPARE(m_prompts->messages(), QStringList("密码错误, 请重新输入!"));
+            QCOMPARE(d.result(), int(QDialog::Rejected));
+            d.reject();
+        });
+        QVERIFY(!StandAloneLogin("系统管理员"));
+        QVERIFY(G().UserName.isEmpty());
+
+        // A disabled user is named too, but not let in, not even with the right password.
+        setUserDisabled(conn(), "张三", true);
+        drive([this](QDialog& d) {
+            QCOMPARE(child<QComboBox>(d, "cboUser")->currentText(), QString("张三"));
+            child<QLineEdit>(d, "txtPassword")->setText("pw3");
+            child<QPushButton>(d, "cmdOK")->click();
+            QCOMPARE(m_prompts->messages().last(), QString("用户 张三 已停用, 请与系统负责人联系!"));
+            d.reject();
+        });
+        QVERIFY(!StandAloneLogin("张三"));
+        QVERIFY(G().UserName.isEmpty());
+
+        drive([](QDialog& d) { logIn(d, child<QComboBox>(d, "cboUser")->currentText(), "root"); });
+        QVERIFY(StandAloneLogin("系统管理员"));
+        QCOMPARE(G().UserName, QString("系统管理员"));
         QVERIFY(G().isSupervisor());
-        // A name the account set does not know keeps the rights it had.
-        G().myPower = noPower();
-        QVERIFY(LoginAs("赵六"));
-        QCOMPARE(G().UserName, QString("赵六"));
-        QCOMPARE(G().myPower, noPower());
-        QVERIFY(!G().isSupervisor());
-        // Without any user the named person is in charge.
-        conn().execute("delete from tSysUser");
-        QVERIFY(LoginAs("赵六"));
-        QVERIFY(G().isSupervisor());
-        QCOMPARE(G().myPower, fullPower());
+        QCOMPARE(m_shown, 3);
+        QCOMPARE(logTexts(), QStringList({"系统管理员:登录失败", "张三:登录失败", "系统管理员:登录"}));
     }
 };
 

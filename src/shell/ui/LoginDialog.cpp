@@ -140,6 +140,9 @@ void LoginDialog::chooseSet(int index) {
             m_firstUser = users.isEmpty();
             const int last = m_user->findText(set.lastUser);
             m_user->setCurrentIndex(last >= 0 ? last : (m_user->count() > 0 ? 0 : -1));
+            // The user the host named stands in the box even when not listed (disabled or unknown):
+            // the password and the check of the login decide.
+            if (!m_request.userName.isEmpty()) m_user->setCurrentText(m_request.userName);
             setNote(m_firstUser
                         ? QStringLiteral("该套帐还没有用户。请设定系统负责人的姓名和密码, 以后用它登录。")
                         : QString(),
