@@ -74,8 +74,8 @@ void addUniqueKeys(Connection& c) {
                       duplicates.join(QLatin1Char('\n')));
     for (const UniqueKey& k : kUniqueKeys) {
         if (!tableExists(c, QLatin1String(k.table))) continue;
-        QString sql = QStringLiteral("create unique index ") + uniqueIndexName(k) + QStringLiteral(" on ") +
-                      k.table + QStringLiteral(" (") + k.columns + QLatin1Char(')');
+        QString sql = QStringLiteral("create unique index if not exists ") + uniqueIndexName(k) +
+                      QStringLiteral(" on ") + k.table + QStringLiteral(" (") + k.columns + QLatin1Char(')');
         if (k.where) sql += QStringLiteral(" where ") + QLatin1String(k.where);
         c.execute(sql);
     }
@@ -101,7 +101,8 @@ void addMissingColumns(Connection& c, const QString& table, const QStringList& c
                       QLatin1Char(' ') + columnType(c.dialect(), col));
 }
 
-// Ordered upgrade steps. Each runs in one transaction and must be safe to run again.
+// Ordered upgrade steps. Each runs in one transaction and must be safe to run again over its own
+// result.
 const QVector<Step>& steps() {
     static const QVector<Step> s = {
         {1,
