@@ -16,6 +16,7 @@
 #include <memory>
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QFile>
 #include <QFrame>
@@ -487,6 +488,24 @@ private slots:
         QVERIFY2(text.contains(QStringLiteral("报告审批单")) && text.contains(QStringLiteral("标题1")) &&
                      text.contains(QStringLiteral("他人")),
                  qPrintable(text));
+    }
+
+    void contentKeepsTabsAndLineBreaksOnly() {
+        // The text area keeps what a text of several lines needs and drops the other controls.
+        open();
+        click(QStringLiteral("cmdAdd"));
+        w<QLineEdit>(QStringLiteral("txtTitle"))->setText(QStringLiteral("控制字符"));
+        auto* content = w<QPlainTextEdit>(QStringLiteral("txtContent"));
+        content->setFocus();
+        QGuiApplication::clipboard()->setText(QStringLiteral("第一行") + QChar(0) +
+                                              QStringLiteral("\n第二行") + QChar(7) + QStringLiteral("\t完"));
+        QTest::keySequence(content, QKeySequence::Paste);
+        QCOMPARE(content->toPlainText(), QStringLiteral("第一行\n第二行\t完"));
+        click(QStringLiteral("cmdOK"));
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QString stored =
+            test::one(QStringLiteral("select fContent from tRs_RptFlow where fTitle='控制字符'"));
+        QCOMPARE(stored.remove(QLatin1Char('\r')), QStringLiteral("第一行\n第二行\t完"));
     }
 
     void titlesWithPercentDigitsAreListedAndPrinted() {
