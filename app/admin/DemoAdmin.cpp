@@ -212,8 +212,7 @@ int run(const QStringList& args, QTextStream& out, QTextStream& err) {
         } else if (p.command == QLatin1String("init")) {
             schema::createDatabase(p.settings);
             out << QStringLiteral("已建立数据库: %1 (结构版本 %2)")
-                       .arg(where(p.settings))
-                       .arg(schema::latestVersion())
+                       .arg(where(p.settings), QString::number(schema::latestVersion()))
                 << '\n';
             if (!p.admin.isEmpty()) {
                 Connection c;

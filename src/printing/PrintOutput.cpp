@@ -72,7 +72,8 @@ bool paintAll(const PrintDocument& doc, QPagedPaintDevice& device, const QString
     for (int i = 0; i < pages; ++i) {
         if (i > 0) device.newPage();
         doc.paintPage(canvas, i);
-        if (!progress.step(i + 1, QStringLiteral("%1第 %2 页 共 %3 页").arg(doing).arg(i + 1).arg(pages))) {
+        if (!progress.step(i + 1, QStringLiteral("%1第 %2 页 共 %3 页")
+                                      .arg(doing, QString::number(i + 1), QString::number(pages)))) {
             painter.end();
             return false;
         }

@@ -132,7 +132,8 @@ void HeadCounts::prepare(const QStringList& codes) {
         for (int i = from; i < to; ++i) {
             m_settled.insert(pending[i], 0);
             if (i > from) values += QLatin1Char(',');
-            values += QStringLiteral("(%1,%2)").arg(i).arg(quoted(pending[i] + QLatin1Char('%')));
+            values +=
+                QStringLiteral("(%1,%2)").arg(QString::number(i), quoted(pending[i] + QLatin1Char('%')));
         }
         // The pattern is the very literal CountPersons writes, so the engine decides each match.
         Recordset rs(conn(), QStringLiteral("select c.column1,sum(g.n) from (values ") + values +

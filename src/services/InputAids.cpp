@@ -102,6 +102,20 @@ QString QualifyCondition(const QString& condition, const QString& alias, qint16 
     return result;
 }
 
+bool IsRefusedControl(QChar c, bool multiLine) {
+    const char16_t u = c.unicode();
+    if (u >= 0x20) return false;
+    return !multiLine || (u != u'\t' && u != u'\n' && u != u'\r');
+}
+
+QString WithoutControlChars(const QString& text, bool multiLine) {
+    QString out;
+    out.reserve(text.size());
+    for (const QChar c : text)
+        if (!IsRefusedControl(c, multiLine)) out += c;
+    return out;
+}
+
 QString StripTrailingSlash(const QString& path) {
     if (path.endsWith(QLatin1Char('\\')) || path.endsWith(QLatin1Char('/')))
         return path.left(path.size() - 1);

@@ -21,5 +21,10 @@ QString QualifyFieldList(const QString& alias, const QString& list);
 QString QualifyCondition(const QString& condition, const QString& alias, qint16 flag);
 // Cuts one final backslash or slash.
 QString StripTrailingSlash(const QString& path);
+// True for a character no text box keeps: NUL, which fails a server statement, and the other C0
+// control characters, which have no place in a record. A multi-line box keeps tab and line breaks.
+bool IsRefusedControl(QChar c, bool multiLine);
+// The text without the characters IsRefusedControl refuses.
+QString WithoutControlChars(const QString& text, bool multiLine);
 
 } // namespace zq

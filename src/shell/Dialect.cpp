@@ -18,8 +18,9 @@ QString Dialect::clearUncaptionedSelection() const {
 }
 
 QString Dialect::selectTop(int n, const QString& selectWithoutKeyword) const {
-    // Both engines limit at the end; an order by inside stays where it was written.
-    return QStringLiteral("select %1 limit %2").arg(selectWithoutKeyword).arg(n);
+    // Both engines limit at the end; an order by inside stays where it was written. Joined, not
+    // substituted: the statement may hold "%1" or "%2" in its quoted values.
+    return QStringLiteral("select ") + selectWithoutKeyword + QStringLiteral(" limit ") + QString::number(n);
 }
 
 QString Dialect::isDate(const QString& expr) const {

@@ -191,9 +191,7 @@ void createTable(Connection& c, const Table& t) {
     int n = 0;
     for (const QStringList& cols : indexes)
         c.execute(QStringLiteral("create index ix_%1_%2 on %1 (%3)")
-                      .arg(t.name.toLower())
-                      .arg(n++)
-                      .arg(cols.join(QLatin1Char(','))));
+                      .arg(t.name.toLower(), QString::number(n++), cols.join(QLatin1Char(','))));
 }
 
 int currentVersion(Connection& c) {

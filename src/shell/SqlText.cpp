@@ -11,6 +11,12 @@ namespace zq {
 QString checked(const QString& value) {
     if (value.contains(QLatin1Char('\'')))
         throw DbError(QStringLiteral("值中含有单引号('), 语句不能执行: %1").arg(value));
+    // The server refuses a NUL in text, and other layers may cut the statement there.
+    if (value.contains(QChar(u'\0'))) {
+        QString shown = value;
+        shown.replace(QChar(u'\0'), QStringLiteral("\\0"));
+        throw DbError(QStringLiteral("值中含有空字符(NUL), 语句不能执行: %1").arg(shown));
+    }
     return value;
 }
 

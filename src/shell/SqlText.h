@@ -5,8 +5,9 @@
 
 namespace zq {
 
-// The one way a value enters SQL text: between single quotes. A value that holds a quote is
-// refused with a DbError, so the statement fails as it always did and nothing is injected.
+// The one way a value enters SQL text: between single quotes. A value that holds a quote or a NUL
+// is refused with a DbError, so the statement fails as it always did, nothing is injected and
+// nothing is cut short at the NUL.
 QString quoted(const QString& value);
 // The bare value, checked the same way, for statements that bring their own quotes.
 QString checked(const QString& value);

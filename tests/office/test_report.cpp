@@ -3,6 +3,7 @@
 
 #include "office/frmBg_Report.h"
 #include "office/ReportData.h"
+#include "printing/Print.h"
 #include "printing/PrintOutput.h"
 #include "services/Documents.h"
 #include "services/Lookups.h"
@@ -15,6 +16,7 @@
 #include <memory>
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QFile>
 #include <QFrame>
@@ -25,6 +27,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
+#include <utility>
 
 using namespace zq;
 
@@ -480,6 +483,54 @@ private slots:
         const QString text = test::pdfText(pdf);
         QVERIFY2(text.contains(QStringLiteral("报告审批单")) && text.contains(QStringLiteral("标题1")) &&
                      text.contains(QStringLiteral("他人")),
+                 qPrintable(text));
+    }
+
+    void contentKeepsTabsAndLineBreaksOnly() {
+        // The text area keeps what a text of several lines needs and drops the other controls.
+        open();
+        click(QStringLiteral("cmdAdd"));
+        w<QLineEdit>(QStringLiteral("txtTitle"))->setText(QStringLiteral("控制字符"));
+        auto* content = w<QPlainTextEdit>(QStringLiteral("txtContent"));
+        content->setFocus();
+        QGuiApplication::clipboard()->setText(QStringLiteral("第一行") + QChar(0) +
+                                              QStringLiteral("\n第二行") + QChar(7) + QStringLiteral("\t完"));
+        QTest::keySequence(content, QKeySequence::Paste);
+        QCOMPARE(content->toPlainText(), QStringLiteral("第一行\n第二行\t完"));
+        click(QStringLiteral("cmdOK"));
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QString stored =
+            test::one(QStringLiteral("select fContent from tRs_RptFlow where fTitle='控制字符'"));
+        QCOMPARE(stored.remove(QLatin1Char('\r')), QStringLiteral("第一行\n第二行\t完"));
+    }
+
+    void titlesWithPercentDigitsAreListedAndPrinted() {
+        // A seek for "1月" or "2 级" makes the patterns '%1月%' and '%2 级%' inside the limited list.
+        insertReport(1, QStringLiteral("2026-01-01"), kBoss, {});
+        insertReport(2, QStringLiteral("2026-01-02"), kBoss, {});
+        insertReport(3, QStringLiteral("2026-01-03"), kBoss, {});
+        conn().execute(QStringLiteral("update tRs_RptFlow set fTitle='1月总结' where fID=1"));
+        conn().execute(QStringLiteral("update tRs_RptFlow set fTitle='升 2 级' where fID=2"));
+        open();
+        for (const auto& [typed, title] : {std::pair{"1月", "1月总结"}, std::pair{"2 级", "升 2 级"}}) {
+            click(QStringLiteral("cmdSeek"));
+            w<QCheckBox>(QStringLiteral("chkTitle2"))->setChecked(true);
+            w<QLineEdit>(QStringLiteral("txtTitle2"))->setText(QString::fromUtf8(typed));
+            click(QStringLiteral("cmdSeekOk"));
+            QVERIFY(m_prompts->messages().isEmpty());
+            QCOMPARE(w<QLineEdit>(QStringLiteral("txtTitle"))->text(), QString::fromUtf8(title));
+        }
+
+        QTemporaryDir dir;
+        const QString pdf = dir.filePath(QStringLiteral("r.pdf"));
+        PrintOutput::setPdfPath(pdf);
+        PrintReportFlow(3, QStringLiteral("RsReport"), QStringLiteral("RsReport_01"),
+                        QStringLiteral("fTitle Like '%1月%' or fTitle Like '%2 级%'"), {});
+        PrintOutput::setPdfPath(QString());
+        const QString text = test::pdfText(pdf);
+        // The text of the PDF comes without blanks.
+        QVERIFY2(text.contains(QStringLiteral("1月总结")) && text.contains(QStringLiteral("升2级")) &&
+                     !text.contains(QStringLiteral("标题3")),
                  qPrintable(text));
     }
 

@@ -12,10 +12,13 @@
 
 #include <memory>
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QDate>
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -226,6 +229,29 @@ private slots:
         QCOMPARE(m_prompts->messages().last(), QString("存盘错误!"));
         QCOMPARE(one("select count(*) from tRsBasic"), QString("0"));
         QCOMPARE(f->text2(0)->text(), QString("Q01")); // the input stays for another try
+    }
+
+    void controlCharactersNeverReachTheRecord() {
+        // A NUL fails the server's statement and a bell has no place in a record: the boxes drop both
+        // as they are pasted or committed, and the person is saved as read.
+        auto f = screen(1);
+        fillRequired(*f, "N01", "某人");
+        QLineEdit* nation = f->text2(4);
+        nation->setFocus();
+        QGuiApplication::clipboard()->setText(QStringLiteral("汉") + QChar(0) + QStringLiteral("族") +
+                                              QChar(7));
+        QTest::keySequence(nation, QKeySequence::Paste);
+        QCOMPARE(nation->text(), QString("汉族"));
+        QLineEdit* name = f->text2(1);
+        name->clear();
+        name->setFocus();
+        QInputMethodEvent commit;
+        commit.setCommitString(QStringLiteral("张") + QChar(0) + QStringLiteral("三") + QChar(7));
+        QApplication::sendEvent(name, &commit);
+        QCOMPARE(name->text(), QString("张三"));
+        f->cmdOK_Click();
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(one("select fName||'/'||fMz from tRsBasic where fCode='N01'"), QString("张三/汉族"));
     }
 
     void codeChangeMovesChildRows() {

@@ -50,9 +50,13 @@ private slots:
         QCOMPARE(rs2.val(0), 1.0);
     }
 
-    void quoteInValueFailsBeforeTheDatabase() {
+    void quoteOrNulInValueFailsBeforeTheDatabase() {
         QVERIFY_THROWS_EXCEPTION(DbError, quoted("O'Brien"));
         QCOMPARE(quoted("张三"), QString("'张三'"));
+        // A NUL fails whole instead of cutting the value, or the statement, short.
+        const QString withNul = QStringLiteral("张") + QChar(u'\0') + QStringLiteral("三");
+        QVERIFY_THROWS_EXCEPTION(DbError, quoted(withNul));
+        QVERIFY_THROWS_EXCEPTION(DbError, checked(withNul));
     }
 
     void writesThroughRecordsetAndTransactions() {
@@ -74,7 +78,8 @@ private slots:
         }
         {
             // Two writes to one row through one recordset: the row is still found the second time.
-            Recordset rs(conn(), "select CompCode, CompName from myCompany", Cursor::Keyset, Lock::Optimistic);
+            Recordset rs(conn(), "select CompCode, CompName from myCompany", Cursor::Keyset,
+                         Lock::Optimistic);
             rs.setValue("CompName", "丁");
             rs.update();
             rs.setValue("CompName", "乙");

@@ -160,6 +160,25 @@ private slots:
         QCOMPARE(users, QStringList({"张三", "李四"})); // each once, the empty user left out
     }
 
+    void logTextWithPercentDigitsIsSearchedAsWritten() {
+        // The pattern '%2 级%' or '%1月%' must reach the engine as written, also under a row limit.
+        writeLog(conn(), "张三", "mnuRsManIn", "调整为 2 级");
+        writeLog(conn(), "张三", "mnuRsManIn", "1月工资");
+        writeLog(conn(), "张三", "mnuRsManIn", "30 级");
+        for (const int limit : {0, 100}) {
+            LogFilter f;
+            f.limit = limit;
+            f.text = "2 级";
+            QVector<LogEntry> found = readLog(conn(), f);
+            QCOMPARE(found.size(), 1);
+            QCOMPARE(found[0].text, QString("调整为 2 级"));
+            f.text = "1月";
+            found = readLog(conn(), f);
+            QCOMPARE(found.size(), 1);
+            QCOMPARE(found[0].text, QString("1月工资"));
+        }
+    }
+
     void demoUsersAreStaffWithLimitedRights() {
         demo::Options o;
         o.persons = 300;

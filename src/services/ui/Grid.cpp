@@ -552,7 +552,12 @@ ZqGrid::ZqGrid(QWidget* parent)
     applyGeometry();
 }
 
-ZqGrid::~ZqGrid() = default;
+ZqGrid::~ZqGrid() {
+    // Closed while a cell is being edited, the window would move the focus on as it goes and the
+    // editor would commit into this grid, and signal its change, after this destructor: the editor
+    // is let go first, without committing.
+    m_view->reset();
+}
 
 QTableView* ZqGrid::view() const {
     return m_view;

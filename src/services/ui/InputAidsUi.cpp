@@ -11,8 +11,12 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QRegularExpression>
 #include <QScreen>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <QTextEdit>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
@@ -48,7 +52,7 @@ void FilterKeyInput(QLineEdit* box, int& keyCode, int& max, int& numeric) {
     const int current = ByteLen(box->text()) - box->selectedText().size();
     QString insert;
     if (keyCode == 22) {
-        insert = clipboardText();
+        insert = WithoutControlChars(clipboardText(), false); // what the box keeps of it
         if (ByteLen(insert) + current > max) {
             // Read without the language offset: this message stays simplified.
             ShowMsg(textById(144), 64, QString());
@@ -112,8 +116,11 @@ bool KeyInputFilter::eventFilter(QObject* watched, QEvent* event) {
     }
     if (event->type() == QEvent::InputMethod) {
         auto* ie = static_cast<QInputMethodEvent*>(event);
-        const QString t = ie->commitString();
-        if (t.isEmpty()) return false;
+        const QString commit = ie->commitString();
+        if (commit.isEmpty()) return false;
+        // Refused control characters go first, as the box would drop them: a NUL would read as a
+        // swallowed key below and end the commit there.
+        const QString t = WithoutControlChars(commit, false);
         // Checked character by character, as if typed one after the other.
         const QString before = m_box->text();
         const int cursor = m_box->cursorPosition();
@@ -123,7 +130,7 @@ bool KeyInputFilter::eventFilter(QObject* watched, QEvent* event) {
             accepted += c;
             m_box->insert(QString(c));
         }
-        if (accepted.size() == t.size()) {
+        if (accepted.size() == commit.size()) {
             m_box->setText(before);
             m_box->setCursorPosition(cursor);
             return false;
@@ -135,6 +142,75 @@ bool KeyInputFilter::eventFilter(QObject* watched, QEvent* event) {
 
 KeyInputFilter* attachKeyFilter(QLineEdit* box, int max, bool numeric) {
     return new KeyInputFilter(box, max, numeric);
+}
+
+namespace {
+
+const char kDropsControls[] = "zqDropsControlChars";
+
+// A user's edit of a line box: the text set again without the refused characters, the cursor where
+// it was among the characters that stay, and the box still marked as changed by the user.
+void cleanLine(QLineEdit* box) {
+    const QString text = box->text();
+    const QString clean = WithoutControlChars(text, false);
+    if (clean.size() == text.size()) return;
+    const int cursor = box->cursorPosition();
+    const int keptBefore = int(WithoutControlChars(text.left(cursor), false).size());
+    box->setText(clean);
+    box->setCursorPosition(keptBefore);
+    box->setModified(true);
+}
+
+// A text area has no signal for the user's edits alone, so any change is cleaned, in one undo step;
+// the removal changes the text again, and that second pass finds nothing.
+void cleanArea(QTextDocument* doc) {
+    const QString text = doc->toPlainText(); // one character per document position
+    QTextCursor cursor(doc);
+    bool editing = false;
+    for (qsizetype i = text.size() - 1; i >= 0; --i) {
+        if (!IsRefusedControl(text[i], true)) continue;
+        if (!editing) cursor.beginEditBlock();
+        editing = true;
+        cursor.setPosition(int(i));
+        cursor.setPosition(int(i) + 1, QTextCursor::KeepAnchor);
+        cursor.removeSelectedText();
+    }
+    if (editing) cursor.endEditBlock();
+}
+
+// Hooks every text box of the application as it is first polished (before it is first shown).
+class ControlCharGuard : public QObject {
+public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Polish && watched->isWidgetType())
+            DropControlChars(static_cast<QWidget*>(watched));
+        return false;
+    }
+};
+
+void installControlCharGuard() {
+    QCoreApplication* app = QCoreApplication::instance();
+    app->installEventFilter(new ControlCharGuard(app));
+}
+
+} // namespace
+
+// Runs when the application object is made; every screen links this file, so it is never left out.
+Q_COREAPP_STARTUP_FUNCTION(installControlCharGuard)
+
+void DropControlChars(QWidget* box) {
+    if (box->property(kDropsControls).toBool()) return;
+    if (auto* line = qobject_cast<QLineEdit*>(box))
+        QObject::connect(line, &QLineEdit::textEdited, line, [line] { cleanLine(line); });
+    else if (auto* edit = qobject_cast<QTextEdit*>(box))
+        QObject::connect(edit, &QTextEdit::textChanged, edit, [edit] { cleanArea(edit->document()); });
+    else if (auto* plain = qobject_cast<QPlainTextEdit*>(box))
+        QObject::connect(plain, &QPlainTextEdit::textChanged, plain,
+                         [plain] { cleanArea(plain->document()); });
+    else
+        return;
+    box->setProperty(kDropsControls, true);
 }
 
 namespace {

@@ -40,6 +40,12 @@ private:
 
 KeyInputFilter* attachKeyFilter(QLineEdit* box, int max, bool numeric = false);
 
+// Makes a line box (QLineEdit) or text area (QTextEdit, QPlainTextEdit) drop what IsRefusedControl
+// refuses from whatever is typed, committed by an input method, pasted or dropped into it; a text
+// area also from text set by the program. Every text box of the application gets this by itself
+// when it is first polished, so screens need not call it; other widgets are left alone.
+void DropControlChars(QWidget* box);
+
 // The file dialog through the prompt service: mode 1 opens an existing file, any other mode saves
 // (asking before a new file is made). The empty text on cancel.
 QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QString& title,

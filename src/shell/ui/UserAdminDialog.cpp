@@ -133,8 +133,7 @@ void UserAdminDialog::loadModules() {
     Recordset rs(m_db,
                  QStringLiteral("select SerialNo,Model_Name,%1 from tSysFunc where NoUse_=0 and SerialNo>0 "
                                 "and SerialNo<=%2 order by SerialNo")
-                     .arg(caption)
-                     .arg(kPowerLength));
+                     .arg(caption, QString::number(kPowerLength)));
     for (; !rs.eof(); rs.moveNext())
         m_modules.push_back({int(rs.val(0)), rs.text(1), rs.text(2).isEmpty() ? rs.text(1) : rs.text(2)});
 
@@ -143,7 +142,8 @@ void UserAdminDialog::loadModules() {
     for (int r = 0; r < m_modules.size(); ++r) {
         auto* name = new QTableWidgetItem(m_modules[r].caption);
         name->setFlags(Qt::ItemIsEnabled);
-        name->setToolTip(QStringLiteral("%1 (第 %2 位起)").arg(m_modules[r].key).arg(m_modules[r].serialNo));
+        name->setToolTip(
+            QStringLiteral("%1 (第 %2 位起)").arg(m_modules[r].key, QString::number(m_modules[r].serialNo)));
         m_grid->setItem(r, 0, name);
         for (int op = 0; op < kOperations; ++op) {
             auto* cell = new QTableWidgetItem;
