@@ -494,7 +494,7 @@ void frmRs_PersonBasic::mnuPicDel_Click() {
 }
 
 void frmRs_PersonBasic::Text2_GotFocus(int index) {
-    if (m_mode != 0 && m_text2[index]->text().isEmpty()) m_text2[index]->setText(today());
+    if (m_mode != 0) OfferToday(m_text2[index]);
 }
 
 bool frmRs_PersonBasic::Text2_LostFocus(int index) {

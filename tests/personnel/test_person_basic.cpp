@@ -358,6 +358,22 @@ private slots:
         QCOMPARE(transfers, 1);
     }
 
+    void aTypedDateReplacesTheOfferedOne() {
+        auto f = screen(1);
+        QApplication::setActiveWindow(f.get());
+        fillRequired(*f, "D01", "新人");
+        QLineEdit* birth = f->text2(3);
+        QTest::mouseClick(birth, Qt::LeftButton);
+        QTRY_VERIFY(birth->hasFocus());
+        QCoreApplication::processEvents();
+        QCOMPARE(birth->text(), QDate::currentDate().toString("yyyy-MM-dd"));
+        QCOMPARE(birth->selectedText(), birth->text());
+        QTest::keyClicks(birth, "1990-05-06");
+        QCOMPARE(birth->text(), QString("1990-05-06"));
+        f->cmdOK_Click();
+        QCOMPARE(one("select fBirthDay from tRsBasic where fCode='D01'"), QString("1990-05-06"));
+    }
+
     void freeTextDateIsStoppedAtTheField() {
         auto f = screen(1);
         f->text2(3)->setText("明天");

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDate>
 #include <QDir>
 #include <QFileInfo>
 #include <QInputMethodEvent>
@@ -17,6 +18,7 @@
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextEdit>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
@@ -274,6 +276,16 @@ QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QStr
         if (ShowMsg(ask, vbYesNo + vbExclamation, title) != vbYes) return {};
     }
     return path;
+}
+
+void OfferToday(QLineEdit* box) {
+    if (box->isReadOnly() || !box->text().isEmpty()) return;
+    box->setText(QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd")));
+    box->selectAll();
+    // A click that gave the focus goes on to place the caret; select again once it has.
+    QTimer::singleShot(0, box, [box] {
+        if (box->hasFocus()) box->selectAll();
+    });
 }
 
 } // namespace zq

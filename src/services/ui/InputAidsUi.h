@@ -55,6 +55,10 @@ void CenterForm(QWidget* form);
 // Enter in the box moves on to the next field, as a tab key stroke would, instead of pressing the
 // dialog's default button.
 void SendTabOnEnter(QLineEdit* box);
+// An empty date field that takes the focus offers today as yyyy-mm-dd, selected, so that what the
+// clerk types replaces it rather than being cut off by the full box. Every date text box goes
+// through this.
+void OfferToday(QLineEdit* box);
 void CenterOnForm(QWidget* control, QWidget* form);
 void ExpandAllNodes(QTreeWidget* tree);
 
