@@ -474,7 +474,7 @@ void frmBg_Report::ShowRecord() {
         m_checkerNo = rights.checkerNo;
         m_txtAnswer2->setPlainText(shownText(rights.answers));
         if (m_checkerNo != 0) {
-            const int verdict = int(m_rs->val(QStringLiteral("fChecker%1Ok").arg(m_checkerNo)));
+            const int verdict = storedVerdict();
             m_cboPass->setCurrentIndex(verdict < m_cboPass->count() ? verdict : -1);
             m_txtAnswer->setText(m_rs->text(QStringLiteral("fChecker%1_").arg(m_checkerNo)));
         } else {
@@ -681,6 +681,10 @@ void frmBg_Report::cmdChk_Click() {
     m_cboPass->setFocus();
 }
 
+int frmBg_Report::storedVerdict() const {
+    return int(m_rs->val(QStringLiteral("fChecker%1Ok").arg(m_checkerNo)));
+}
+
 void frmBg_Report::cboPass_Click() {
     QPalette p = m_lblColor->palette();
     p.setColor(QPalette::Window, report::CheckColor(m_cboPass->currentIndex()));
@@ -693,8 +697,7 @@ void frmBg_Report::cmdChkOk_Click() {
             // A stored verdict the list lacks shows none chosen; unless the checker chooses one,
             // it is written back as it was.
             const int chosen = m_cboPass->currentIndex();
-            const int verdict =
-                chosen >= 0 ? chosen : int(m_rs->val(QStringLiteral("fChecker%1Ok").arg(m_checkerNo)));
+            const int verdict = chosen >= 0 ? chosen : storedVerdict();
             report::SignOff(*m_rs, m_checkerNo, verdict, m_txtAnswer->text());
         } catch (const DbError& e) {
             // Another checker may have changed the row meanwhile; the panel stays for another try.

@@ -69,6 +69,8 @@ protected:
     void reject() override;
 
 private:
+    // The shown row's verdict of the signing checker, as stored.
+    int storedVerdict() const;
     void buildPage();
     void buildCheckPanel();
     void buildSeekPanel();

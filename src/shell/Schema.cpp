@@ -49,11 +49,12 @@ QString uniqueIndexName(const UniqueKey& k) {
 // The values that stand more than once, as "table.columns = value (n 行)", at most ten a key.
 QStringList duplicatesOf(Connection& c, const UniqueKey& k) {
     const QString cols = QString::fromLatin1(k.columns);
-    QString sql = QStringLiteral("select ") + cols + QStringLiteral(",count(*) from ") + k.table;
-    if (k.where) sql += QStringLiteral(" where ") + QLatin1String(k.where);
-    sql += QStringLiteral(" group by ") + cols + QStringLiteral(" having count(*)>1 order by ") + cols;
+    QString columnsAndRest = cols + QStringLiteral(",count(*) from ") + k.table;
+    if (k.where) columnsAndRest += QStringLiteral(" where ") + QLatin1String(k.where);
+    columnsAndRest +=
+        QStringLiteral(" group by ") + cols + QStringLiteral(" having count(*)>1 order by ") + cols;
     QStringList found;
-    Recordset rs(c, c.dialect().selectTop(10, sql.mid(7)));
+    Recordset rs(c, c.dialect().selectTop(10, columnsAndRest));
     const int n = rs.fieldCount() - 1;
     for (; !rs.eof(); rs.moveNext()) {
         QStringList values;
