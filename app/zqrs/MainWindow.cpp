@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "personnel/HomePage.h"
 #include "resources/Texts.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
@@ -68,6 +69,7 @@ MainWindow::MainWindow(QSettings& settings, QWidget* parent)
     : QMainWindow(parent)
     , m_settings(settings)
     , m_control(new zqRs)
+    , m_home(new zq::HomePage)
     , m_company(new QLabel)
     , m_user(new QLabel)
     , m_database(new QLabel) {
@@ -83,7 +85,17 @@ MainWindow::MainWindow(QSettings& settings, QWidget* parent)
     title->setFont(zq::uiFont(28));
     title->setStyleSheet(QStringLiteral("color: #3a5a8c;"));
     layout->addWidget(title);
+    layout->addWidget(m_home, 1);
     layout->addWidget(m_control);
+    connect(m_home, &zq::HomePage::lineActivated, this, [this](const zq::HomeLine& line) {
+        QVariantMap settings;
+        if (line.menuKey.startsWith(QStringLiteral("mnuRsMan"), Qt::CaseInsensitive)) {
+            settings.insert(QStringLiteral("RsState"), line.state);
+            settings.insert(QStringLiteral("PresetFilter"), line.filter);
+            settings.insert(QStringLiteral("PresetCaption"), line.label);
+        }
+        run(line.menuKey, 0, settings);
+    });
     setCentralWidget(central);
 
     m_company->setObjectName(QStringLiteral("sbCompany"));
@@ -142,7 +154,11 @@ void MainWindow::buildMenus() {
 
 void MainWindow::loadCaptions() {
     // Captions of the modules in use, in the language; a module that is not in use is not offered.
-    QHash<QString, QString> captions;
+    struct Module {
+        QString caption;
+        int serialNo = 0;
+    };
+    QHash<QString, Module> modules;
     const zq::Globals& g = G();
     if (!g.UserPath.isEmpty()) {
         const bool wasOpen = zq::conn().isOpen();
@@ -151,21 +167,29 @@ void MainWindow::loadCaptions() {
             if (zq::conn().isOpen())
                 for (zq::Recordset rs(
                          zq::conn(),
-                         QStringLiteral("select Model_Name,Model_Name%1 from tSysFunc where NoUse_=0")
+                         QStringLiteral(
+                             "select Model_Name,Model_Name%1,SerialNo from tSysFunc where NoUse_=0")
                              .arg(g.lang()));
                      !rs.eof(); rs.moveNext())
-                    captions.insert(rs.text(0).toLower(), rs.text(1));
+                    modules.insert(rs.text(0).toLower(), {rs.text(1), int(rs.val(2))});
         } catch (const zq::DbError&) {
-            captions.clear(); // not a company database: nothing can be offered
+            modules.clear(); // not a company database: nothing can be offered
         }
         if (!wasOpen && zq::conn().isOpen()) zq::conn().close();
     }
+    const bool signedIn = !g.UserName.isEmpty();
     for (auto it = m_items.constBegin(); it != m_items.constEnd(); ++it) {
-        const QString caption = captions.value(it.key().toLower());
-        it.value()->setText(caption.isEmpty() ? it.key() : caption);
-        it.value()->setToolTip(it.key());
-        // Keys whose screens do not exist yet are listed, but cannot be chosen.
-        it.value()->setEnabled(!caption.isEmpty() && zq::findCommand(it.key()) != nullptr);
+        const Module m = modules.value(it.key().toLower());
+        QAction* a = it.value();
+        a->setText(m.caption.isEmpty() ? it.key() : m.caption);
+        // Entering is the module's first right; with nobody signed in the login comes first.
+        const bool refused = signedIn && m.serialNo > 0 && !zq::PowerAllows(m.serialNo);
+        const bool built = zq::findCommand(it.key()) != nullptr;
+        a->setToolTip(m.caption.isEmpty() ? QStringLiteral("本帐套未启用此功能")
+                      : !built            ? QStringLiteral("此功能尚未提供")
+                      : refused           ? QStringLiteral("无权使用此功能")
+                                          : m.caption);
+        a->setEnabled(!m.caption.isEmpty() && built && !refused);
     }
 }
 
@@ -175,6 +199,7 @@ void MainWindow::refresh() {
     setWindowTitle(G().AppTitle);
     loadCaptions();
     updateStatus();
+    m_home->reload();
 }
 
 void MainWindow::updateStatus() {
@@ -204,12 +229,12 @@ void MainWindow::switchUser() {
     login();
 }
 
-void MainWindow::run(const QString& key, qint16 state) {
+void MainWindow::run(const QString& key, qint16 state, const QVariantMap& settings) {
     const QString before = G().UserName + QLatin1Char('|') + G().UserPath;
     try {
         // The host is in this module now; its log lines say so.
         m_control->setMyModel(key);
-        if (zq::CheckModel(key, 0) != 0) m_control->Refresh(key, state);
+        if (zq::CheckModel(key, 0) != 0) m_control->Refresh(key, state, settings);
     } catch (const zq::DbError& e) {
         zq::ShowMsg(e.message(), zq::vbExclamation);
     } catch (const std::exception& e) {
@@ -217,10 +242,12 @@ void MainWindow::run(const QString& key, qint16 state) {
     }
     if (zq::conn().isOpen()) zq::conn().close();
     // The check may have logged someone in, perhaps to another account set.
-    if (G().UserName + QLatin1Char('|') + G().UserPath != before)
+    if (G().UserName + QLatin1Char('|') + G().UserPath != before) {
         refresh();
-    else
+    } else {
         updateStatus();
+        m_home->reload(); // the screen may have changed what the figures count
+    }
 }
 
 void MainWindow::changePassword() {

@@ -2,11 +2,15 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QVariantMap>
 
 class QAction;
 class QLabel;
 class QSettings;
 class zqRs;
+namespace zq {
+class HomePage;
+}
 
 // The host: the menus of the personnel office, each item calling the control with its key after
 // the rights check of entering; the system menu with login, password, users and the operation log;
@@ -18,8 +22,10 @@ public:
     MainWindow(QSettings& settings, QWidget* parent = nullptr);
 
     zqRs& control() { return *m_control; }
-    // Runs one menu key; an error of the control is shown, not thrown.
-    void run(const QString& key, qint16 state = 0);
+    // Runs one menu key, with settings of its screen beyond the key's; an error of the control is
+    // shown, not thrown. The home page is read again afterwards.
+    void run(const QString& key, qint16 state = 0, const QVariantMap& settings = {});
+    zq::HomePage& home() { return *m_home; }
     // Reads the module captions of the database (once it can be opened) and enables what the user
     // may reach; then the status bar.
     void refresh();
@@ -41,6 +47,7 @@ private:
 
     QSettings& m_settings;
     zqRs* m_control;
+    zq::HomePage* m_home;
     QLabel* m_company;
     QLabel* m_user;
     QLabel* m_database;

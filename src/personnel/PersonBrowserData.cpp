@@ -7,6 +7,8 @@
 #include "shell/Rights.h"
 #include "shell/SqlText.h"
 
+#include <QDate>
+
 namespace zq {
 
 namespace {
@@ -48,13 +50,14 @@ bool SplitSpouseTable() {
 }
 
 QString PersonListCondition(int rsState, const QString& deptCode, const QString& seekCondition,
-                            const QString& detailCondition) {
+                            const QString& detailCondition, const QString& preset) {
     QString condition = QStringLiteral("a.fzt=") + num(rsState);
     if (!deptCode.isEmpty())
         condition += QStringLiteral(" And a.fbmcode like '") + checked(deptCode) + QStringLiteral("%'");
     if (!seekCondition.isEmpty())
         condition += QStringLiteral(" And ") + QualifyCondition(seekCondition, QStringLiteral("a."), -1);
     if (!detailCondition.isEmpty()) condition += QStringLiteral(" And ") + detailCondition;
+    if (!preset.isEmpty()) condition += QStringLiteral(" And (") + preset + QLatin1Char(')');
     return condition;
 }
 
@@ -99,6 +102,9 @@ bool SetPersonLeft(const QString& code, int rsState, int reason) {
     const bool found = !rs.eof();
     if (found) {
         rs.setValue(QStringLiteral("fzt"), reason + 2);
+        // The day of leaving, unless the record holds one: the month's leavers are counted by it.
+        if (rs.text(QStringLiteral("leavetime")).trimmed().isEmpty())
+            rs.setValue(QStringLiteral("leavetime"), QDate::currentDate().toString(Qt::ISODate));
         rs.update();
     }
     rs.close();

@@ -22,8 +22,9 @@ bool SplitSpouseTable();
 
 // The condition of the person list, on the alias "a." of tRsBasic. The seek condition is on tRsBasic
 // alone; the detail condition uses the alias "b." of tRsDetail and is taken as it stands.
+// A preset condition (alias "a.", as the home page gives it) is taken as it stands too.
 QString PersonListCondition(int rsState, const QString& deptCode, const QString& seekCondition,
-                            const QString& detailCondition);
+                            const QString& detailCondition, const QString& preset = QString());
 // The statement of the list: the grid's fields (comma list) under the condition, in code order.
 QString PersonListSql(const QString& gridFieldList, const QString& condition, bool joinDetail);
 
@@ -40,7 +41,8 @@ int UnreturnedTools(const QString& code);
 int UnreturnedGoods(const QString& code);
 
 // Moves a person of the state shown out of service for reason 0..5 (fzt 2..7), inside a
-// transaction. Logging is the caller's, after the commit. False when the person was not there.
+// transaction; an empty leavetime becomes today. Logging is the caller's, after the commit. False
+// when the person was not there.
 bool SetPersonLeft(const QString& code, int rsState, int reason);
 
 // Brings a person of the state shown back into service (fzt 1), without a transaction. False when

@@ -348,6 +348,7 @@ void frmRs_Person::load() {
     CenterForm(this);
     reopen();
     const Globals& g = G();
+    if (!m_presetCaption.isEmpty()) setWindowTitle(QStringLiteral("人事档案 - ") + m_presetCaption);
     // 2. Every row pick reads the code from column 1 and the name from column 2.
     m_gridFieldList = SetGridColumns(QStringLiteral("tRsBasic"), m_grid, -1, 1);
     // 3.
@@ -399,6 +400,11 @@ void frmRs_Person::fillTree() {
         m_treeDeptCode.isEmpty() ? nullptr : FindNode(m_tree, QLatin1Char('B') + m_treeDeptCode);
     if (node) m_tree->setCurrentItem(node);
     m_filling = false;
+}
+
+void frmRs_Person::refreshCounts() {
+    if (m_chkTotalMan->isChecked())
+        RefreshTreeCounts(m_tree, QStringLiteral("tRs_bm"), m_rsState, m_rsState == 1);
 }
 
 void frmRs_Person::cboZT_Click() {
@@ -460,7 +466,7 @@ void frmRs_Person::Tree1_DblClick() {
 }
 
 QString frmRs_Person::listCondition() const {
-    return PersonListCondition(m_rsState, m_treeDeptCode, m_seekCondition, m_detailCondition);
+    return PersonListCondition(m_rsState, m_treeDeptCode, m_seekCondition, m_detailCondition, m_presetFilter);
 }
 
 void frmRs_Person::RefreshPersonList() {
@@ -529,7 +535,10 @@ void frmRs_Person::OpenRecordScreen() {
     }
     openForm(screen, this, settings);
     reopen();
-    if (index == 0) RefreshPersonList();
+    if (index == 0) {
+        RefreshPersonList();
+        refreshCounts(); // a person added, or moved to another department
+    }
 }
 
 bool frmRs_Person::refusedRight(qint16 op, const QString& refusal) {
@@ -575,6 +584,7 @@ void frmRs_Person::ComDel_Click() {
         return;
     if (!SaveOrTell(this, [&] { DeletePerson(code, name, m_rsState); })) return;
     RemovePersonRow();
+    refreshCounts();
 }
 
 void frmRs_Person::RemovePersonRow() {
@@ -634,6 +644,7 @@ void frmRs_Person::cmdLZOK_Click() {
     WriteLogRecord(m_optLeft->button(reason)->text() + QStringLiteral(" [") + code + QLatin1Char('-') + name +
                    QLatin1Char(']'));
     RemovePersonRow();
+    refreshCounts();
 }
 
 void frmRs_Person::reinstate() {
@@ -641,8 +652,10 @@ void frmRs_Person::reinstate() {
     if (needPerson(QStringLiteral("先选择要复职的员工。"), vbExclamation)) return;
     Globals& g = G();
     if (ShowMsg(g.CurPersonName + QStringLiteral(":复职,请确认?"), vbOKCancel + vbQuestion) != vbOK) return;
-    if (ReinstatePerson(g.CurPersonCode, m_rsState))
+    if (ReinstatePerson(g.CurPersonCode, m_rsState)) {
+        refreshCounts();
         ShowMsg(g.CurPersonName + QStringLiteral("已复职！"), vbInformation);
+    }
     g.CurPersonCode.clear();
     g.CurPersonName.clear();
 }
@@ -664,11 +677,18 @@ void frmRs_Person::CmdlistOption_Click() {
     RefreshPersonList();
 }
 
+void frmRs_Person::dropPreset() {
+    m_presetFilter.clear();
+    m_presetCaption.clear();
+    setWindowTitle(QStringLiteral("人事档案"));
+}
+
 void frmRs_Person::mnuRsSeek1_Click() {
     const QString condition = ShowBriefDialog(QStringLiteral("trsbasic"), QString(), 3);
     if (condition.isEmpty()) return;
     m_seekCondition = condition;
     m_detailCondition.clear();
+    dropPreset();
     RefreshPersonList();
 }
 
@@ -679,6 +699,7 @@ void frmRs_Person::mnuRsSeek2_Click() {
     if (filter.isEmpty()) return;
     m_detailCondition = filter;
     m_seekCondition.clear();
+    dropPreset();
     RefreshPersonList();
 }
 

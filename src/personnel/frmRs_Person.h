@@ -26,6 +26,10 @@ class ZqGrid;
 class frmRs_Person : public QDialog {
     Q_OBJECT
     Q_PROPERTY(int RsState READ rsState WRITE setRsState)
+    // Opened from the home page: the persons of one of its lines, named by its caption. A search
+    // replaces it.
+    Q_PROPERTY(QString PresetFilter MEMBER m_presetFilter)
+    Q_PROPERTY(QString PresetCaption MEMBER m_presetCaption)
 
 public:
     explicit frmRs_Person(QWidget* parent = nullptr);
@@ -87,6 +91,10 @@ private:
     QWidget* buildChoices();
     QFrame* buildLeavingPanel();
     void fillTree();
+    // The head counts of the tree from the database again, after a change of persons.
+    void refreshCounts();
+    // A search of the clerk's own replaces the home page's choice.
+    void dropPreset();
     void leave();
     void reinstate();
     void setPersonFromRow(int row);
@@ -104,6 +112,8 @@ private:
     QString m_gridFieldList;
     QString m_seekCondition;
     QString m_detailCondition;
+    QString m_presetFilter;
+    QString m_presetCaption;
     QString m_treeDeptCode;
     QString m_treeDeptName;
     bool m_filling = false;

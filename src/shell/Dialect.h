@@ -40,6 +40,11 @@ public:
     QString isNullOrEmpty(const QString& expr) const {
         return QStringLiteral("coalesce(%1,'')=''").arg(expr);
     }
+    // A text column compared as it is stored, for scans of many rows with ISO dates: the server's
+    // caseless text type folds case at every comparison, which dates never need.
+    QString exactText(const QString& expr) const {
+        return isServer() ? QStringLiteral("%1::text").arg(expr) : expr;
+    }
     // A new table from a query ("select ... into").
     QString selectInto(const QString& newTable, const QString& selectStatement) const;
     // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.

@@ -182,10 +182,13 @@ int FindModel(QString& model, QString& caption, QString& password) {
     return serialNo;
 }
 
-qint16 HasPower(qint16 position) {
+bool PowerAllows(int position) {
     const QString& power = G().myPower;
-    const bool inside = position >= 1 && position <= kPowerLength;
-    if (!inside || Val(power.mid(position - 1, 1)) == 0) {
+    return position >= 1 && position <= kPowerLength && Val(power.mid(position - 1, 1)) != 0;
+}
+
+qint16 HasPower(qint16 position) {
+    if (!PowerAllows(position)) {
         ShowMsg(QStringLiteral("您无权进入!"), vbExclamation);
         return 0;
     }

@@ -62,6 +62,8 @@ qint16 CheckModel(const QString& model, qint16 op);
 // the key, caption to the caption in the language, password to the second password or empty.
 int FindModel(QString& model, QString& caption, QString& password);
 
+// Whether the position of myPower allows, without a word.
+bool PowerAllows(int position);
 // 1 when the position of myPower allows; otherwise shows "您无权进入!" and gives 0.
 qint16 HasPower(qint16 position);
 

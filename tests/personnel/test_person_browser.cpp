@@ -8,6 +8,7 @@
 #include "services/ui/BriefDialog.h"
 #include "services/ui/DeptTree.h"
 #include "services/ui/Grid.h"
+#include "services/ui/InputAidsUi.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/Recordset.h"
@@ -15,6 +16,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFrame>
 #include <QLabel>
@@ -25,6 +27,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 
 using namespace zq;
 using test::child;
@@ -213,6 +216,8 @@ private slots:
         QCOMPARE(m_prompts->messages().last(), QString("该员工有行政物品没有归还,请查询...继续吗?"));
         QVERIFY(!panel->isVisible());
         QCOMPARE(one("select fzt from tRsBasic where fCode='001'"), QString("3"));
+        QCOMPARE(one("select leavetime from tRsBasic where fCode='001'"),
+                 QDate::currentDate().toString(Qt::ISODate));
         QCOMPARE(one("select count(*) from tSysLog where fText='解聘 [001-张三]'"), QString("1"));
         QCOMPARE(codes(w), QStringList({"002"}));
         QCOMPARE(G().CurPersonCode, QString("002"));
@@ -402,6 +407,79 @@ private slots:
         QCOMPARE(opened, QStringList({"frmRs_PersonBasic"}));
         QVERIFY(codes(w).contains(QStringLiteral("009")));
         QCOMPARE(G().CurPersonCode, QStringLiteral("009"));
+    }
+
+    void headCountsFollowEveryChangeOfPersons() {
+        frmRs_Person w;
+        w.show();
+        auto* tree = child<QTreeWidget>(w, QStringLiteral("Tree1"));
+        QVERIFY(child<QCheckBox>(w, QStringLiteral("chkTotalMan"))->isChecked()); // counts are on at first
+        ExpandAllNodes(tree);
+        // Each count in the tree against the database, and the root against the list's total.
+        const auto countsMatch = [&] {
+            for (QTreeWidgetItemIterator it(tree); *it; ++it) {
+                const QString code = NodeKey(*it).mid(1);
+                const QString want =
+                    one(QStringLiteral("select count(*) from tRsBasic where fzt=%1%2")
+                            .arg(w.rsState())
+                            .arg(code.isEmpty() ? QString()
+                                                : QStringLiteral(" and fBmCode like '%1%'").arg(code)));
+                if (!(*it)->text(0).endsWith(QStringLiteral("共%1人)").arg(want))) {
+                    qWarning("%s", qPrintable((*it)->text(0) + QStringLiteral(" but ") + want));
+                    return false;
+                }
+            }
+            return true;
+        };
+        QVERIFY(countsMatch());
+        tree->setCurrentItem(FindNode(tree, QStringLiteral("B01")));
+        QVERIFY(tree->currentItem()->isExpanded());
+
+        // Deleting.
+        G().CurPersonCode = QStringLiteral("001");
+        G().CurPersonName = QStringLiteral("张三");
+        m_prompts->answer(vbYes);
+        click(w, "ComDel");
+        QVERIFY(countsMatch());
+        // The tree kept its place: the department chosen, its branch open.
+        QCOMPARE(NodeKey(tree->currentItem()), QString("B01"));
+        QVERIFY(tree->currentItem()->isExpanded());
+
+        // Adding, and a department changed in the master record.
+        setModalRunner([](QDialog& d) {
+            if (d.objectName() == QLatin1String("frmRs_PersonBasic"))
+                exec(
+                    G().PersonEditMode == 1
+                        ? QStringLiteral(
+                              "insert into tRsBasic (fCode,fName,fzt,fBmCode) values ('009','新人',1,'0101')")
+                        : QStringLiteral("update tRsBasic set fBmCode='0101' where fCode='002'"));
+            return int(QDialog::Accepted);
+        });
+        child<QRadioButton>(w, QStringLiteral("OptSelect(0)"))->setChecked(true);
+        click(w, "ComAdd");
+        QVERIFY(countsMatch());
+        G().CurPersonCode = QStringLiteral("002");
+        G().CurPersonName = QStringLiteral("李四");
+        click(w, "cmdChg");
+        initTestCase();
+        QVERIFY(countsMatch());
+
+        // Leaving, then reinstating among the leavers.
+        G().CurPersonCode = QStringLiteral("009");
+        G().CurPersonName = QStringLiteral("新人");
+        click(w, "cmdState");
+        m_prompts->answer(vbYes);
+        click(w, "cmdLZOK");
+        QCOMPARE(one("select fzt from tRsBasic where fCode='009'"), QString("2"));
+        QVERIFY(countsMatch());
+        chooseState(w, 1);
+        QVERIFY(countsMatch());
+        G().CurPersonCode = QStringLiteral("009");
+        G().CurPersonName = QStringLiteral("新人");
+        m_prompts->answer(vbOK);
+        click(w, "cmdState");
+        QCOMPARE(one("select fzt from tRsBasic where fCode='009'"), QString("1"));
+        QVERIFY(countsMatch());
     }
 };
 

@@ -26,6 +26,7 @@ constexpr int kKeyRole = Qt::UserRole;
 constexpr int kImageRole = Qt::UserRole + 1;
 constexpr int kLimitRole = Qt::UserRole + 2;
 constexpr int kCountRole = Qt::UserRole + 3;
+constexpr int kBaseTextRole = Qt::UserRole + 4; // the node text before its counts
 const char* const kKeysName = "zqNodeKeys";
 
 // The key map of a tree. Adding through AddNode or FillDeptTree keeps it; any removal or reset of
@@ -142,7 +143,14 @@ QTreeWidgetItem* newNode(const QString& key, const QString& text, int image) {
 void markOverQuota(QTreeWidgetItem* item) {
     double limit = 0;
     int count = 0;
-    if (!NodeOverQuota(item, &limit, &count)) return;
+    if (!NodeOverQuota(item, &limit, &count)) {
+        // A recount may bring a department back within its quota.
+        if (item->toolTip(0).isEmpty()) return;
+        item->setData(0, Qt::ForegroundRole, QVariant());
+        item->setData(0, Qt::FontRole, QVariant());
+        item->setToolTip(0, QString());
+        return;
+    }
     // A dark red that reads on the light and the dark palette alike.
     item->setForeground(0, QColor(196, 40, 28));
     QFont font = item->font(0);
@@ -165,6 +173,18 @@ public:
 void useNodeTextDelegate(QTreeWidget* tree) {
     if (!dynamic_cast<NodeTextDelegate*>(tree->itemDelegate()))
         tree->setItemDelegate(new NodeTextDelegate(tree));
+}
+
+const QString kTab = QStringLiteral("\t");
+
+QString rootCountText(qint64 total) {
+    return kTab + QStringLiteral("(共") + QString::number(total) + QStringLiteral("人)");
+}
+
+QString entryCountText(double limit, qint64 count) {
+    QString text = kTab + QLatin1Char('(');
+    if (limit > 0) text += QStringLiteral("限") + QString::number(limit, 'g', 15) + QStringLiteral("人,");
+    return text + QStringLiteral("共") + QString::number(count) + QStringLiteral("人)");
 }
 
 struct Entry {
@@ -249,12 +269,11 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
         heads->prepare(codes);
     }
 
-    const QString tab = QStringLiteral("\t");
-    QString rootText = G().CompName;
-    if (counts)
-        rootText += tab + QStringLiteral("(共") + QString::number(heads->total()) + QStringLiteral("人)");
+    const QString rootText = G().CompName;
     // The nodes are linked while detached and enter the tree at once: one insertion, not thousands.
-    std::unique_ptr<QTreeWidgetItem> root(newNode(QStringLiteral("B"), rootText, ImageRoot));
+    std::unique_ptr<QTreeWidgetItem> root(newNode(
+        QStringLiteral("B"), counts ? rootText + rootCountText(heads->total()) : rootText, ImageRoot));
+    if (counts) root->setData(0, kBaseTextRole, rootText);
     QHash<QString, QTreeWidgetItem*> map;
     map.reserve(entries.size() + 1);
     map.insert(QStringLiteral("B"), root.get());
@@ -262,13 +281,7 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     QString previousCode;
     QTreeWidgetItem* previous = nullptr;
     for (const Entry& e : entries) {
-        QString text = showCode == -1 ? e.code + tab + e.name : e.name;
-        if (counts) {
-            text += tab + QLatin1Char('(');
-            if (e.limit > 0)
-                text += QStringLiteral("限") + QString::number(e.limit, 'g', 15) + QStringLiteral("人,");
-            text += QStringLiteral("共") + QString::number(heads->count(e.code)) + QStringLiteral("人)");
-        }
+        const QString text = showCode == -1 ? e.code + kTab + e.name : e.name;
         const QString key = QStringLiteral("B") + e.code;
         if (map.contains(key)) throw DbError(QStringLiteral("关键字不唯一: %1").arg(key));
 
@@ -287,8 +300,11 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
                 search = NodeKey(node).mid(1);
             }
         }
-        QTreeWidgetItem* item = newNode(key, text, e.dept ? ImageDept : ImagePost);
+        QTreeWidgetItem* item =
+            newNode(key, counts ? text + entryCountText(e.limit, heads->count(e.code)) : text,
+                    e.dept ? ImageDept : ImagePost);
         if (counts) {
+            item->setData(0, kBaseTextRole, text);
             item->setData(0, kLimitRole, e.limit);
             item->setData(0, kCountRole, heads->count(e.code));
             // Marked while detached: marking a shown tree afterwards lays it out again per node.
@@ -304,6 +320,31 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     tree->addTopLevelItem(top);
     NodeKeys::of(tree)->set(std::move(map));
     top->setExpanded(true);
+}
+
+void RefreshTreeCounts(QTreeWidget* tree, const QString& table, qint32 state, bool warnOverQuota) {
+    QVector<QTreeWidgetItem*> nodes;
+    QStringList codes;
+    for (QTreeWidgetItemIterator it(tree); *it; ++it) {
+        if (!(*it)->data(0, kBaseTextRole).isValid()) continue; // filled without counts, or added later
+        nodes.append(*it);
+        if ((*it)->parent()) codes.append(NodeKey(*it).mid(1));
+    }
+    if (nodes.isEmpty()) return;
+    HeadCounts heads(table, state);
+    heads.prepare(codes);
+    for (QTreeWidgetItem* item : nodes) {
+        const QString base = item->data(0, kBaseTextRole).toString();
+        if (!item->parent()) {
+            item->setText(0, base + rootCountText(heads.total()));
+            continue;
+        }
+        const qint64 count = heads.count(NodeKey(item).mid(1));
+        const double limit = item->data(0, kLimitRole).toDouble();
+        item->setText(0, base + entryCountText(limit, count));
+        item->setData(0, kCountRole, count);
+        if (warnOverQuota) markOverQuota(item);
+    }
 }
 
 int CountOverQuota(QTreeWidget* tree) {

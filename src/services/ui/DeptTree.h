@@ -28,6 +28,11 @@ QIcon TreeImageIcon(int image);
 void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix, qint16 showCode,
                   qint32 state, qint16 showCounts, qint16 withLeaves, bool warnOverQuota = false);
 
+// Counts the persons again for a tree FillDeptTree filled with counts and rewrites the counts in
+// its node texts, keeping the nodes, their expansion and the selection: after persons were added,
+// removed or moved. A tree filled without counts is left alone.
+void RefreshTreeCounts(QTreeWidget* tree, const QString& table, qint32 state, bool warnOverQuota = false);
+
 // Whether an entry's head count exceeds its quota (above 0), as FillDeptTree counted them; never
 // when the tree was filled without counts. The quota and count are given back when asked for.
 bool NodeOverQuota(const QTreeWidgetItem* item, double* limit = nullptr, int* count = nullptr);

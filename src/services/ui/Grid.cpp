@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QRegularExpressionValidator>
+#include <QStyle>
 #include <QStyledItemDelegate>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -26,7 +27,18 @@ namespace zq {
 namespace {
 
 // Horizontal room a cell needs around its text, in pixels.
-constexpr int kCellPadding = 4;
+// A column never widens past this many characters to fit what it holds: a long remark wraps or
+// is cut rather than pushing every other column out of sight.
+constexpr double kMaxFitWidth = 40;
+
+// Width of a text in the dictionary's character units: a character beyond ASCII (a Chinese one)
+// counts two, as the column widths were reckoned.
+int textUnits(const QString& text) {
+    int units = 0;
+    for (const QChar ch : text)
+        units += ch.unicode() < 0x80 ? 1 : 2;
+    return units;
+}
 
 // "12.50" -> "12.5", "3.00" -> "3": the value of a number cell without its display places.
 QString withoutTrailingZeros(const QString& number) {
@@ -63,6 +75,7 @@ public:
         int maxLength = 0;
         bool multiLine = false;
         LockMark lock;
+        QString widest; // of the rows loaded last, the text of most units: what the column must fit
     };
     struct Row {
         QStringList cells; // column c at c - 1; shorter than the grid when its tail is empty
@@ -270,14 +283,23 @@ public:
         const int cols = columnCount();
         m_rows.clear();
         m_rows.resize(size_t(rows.size()));
+        std::vector<int> widest(size_t(cols) + 1, 0);
+        for (Column& col : m_cols)
+            col.widest.clear();
         for (qsizetype i = 0; i < rows.size(); ++i) {
             QStringList& cells = m_rows[size_t(i)].cells;
             cells = std::move(rows[i]);
             if (cells.size() > cols) cells.resize(cols);
             for (int c = 1; c <= cells.size(); ++c) {
-                if (m_cols[c].type == ZqGrid::CellText) continue;
-                QString t;
-                cells[c - 1] = normalise(m_cols[c], cells[c - 1], t) ? t : QString();
+                if (m_cols[c].type != ZqGrid::CellText) {
+                    QString t;
+                    cells[c - 1] = normalise(m_cols[c], cells[c - 1], t) ? t : QString();
+                }
+                // Counting units is cheap enough for every row; only the widest text is measured.
+                if (const int units = textUnits(cells[c - 1]); units > widest[size_t(c)]) {
+                    widest[size_t(c)] = units;
+                    m_cols[c].widest = cells[c - 1];
+                }
             }
         }
         rows.clear();
@@ -542,7 +564,7 @@ ZqGrid::ZqGrid(QWidget* parent)
             });
     connect(cols, &QHeaderView::sectionResized, this, [this](int s, int, int px) {
         if (m_settingGeometry || px <= 0) return;
-        const double width = std::round(std::max(0, px - kCellPadding) / charWidth() * 100) / 100;
+        const double width = std::round(std::max(0, px - cellPadding()) / charWidth() * 100) / 100;
         m_model->m_cols[s + 1].width = width;
         emit colWidthChanged(s + 1, width);
     });
@@ -594,7 +616,9 @@ QString ZqGrid::value(int row, int col) const {
 }
 
 bool ZqGrid::setText(int row, int col, const QString& text) {
-    return m_model->write(row, col, text);
+    if (!m_model->write(row, col, text)) return false;
+    if (row == 0 && col > 0) applyColumn(col); // a caption is never cut
+    return true;
 }
 
 QStringList ZqGrid::rowTexts(int row) const {
@@ -718,15 +742,36 @@ int ZqGrid::findRow(int col, const QString& text, int from) const {
 }
 
 double ZqGrid::charWidth() const {
-    // The widths were laid out for a font whose Chinese characters are two characters wide; this
-    // font's average is narrower than that, so half an ideograph counts when it is more.
+    // A character of the widths is a digit, and a Chinese character is two: a width of 10 holds a
+    // whole date, one of 6 three Chinese characters, whatever the font makes of its average.
     const QFontMetricsF fm(m_view->font());
-    const double w = std::max(fm.averageCharWidth(), fm.horizontalAdvance(QChar(0x4E2D)) / 2);
+    double w = fm.horizontalAdvance(QChar(0x4E2D)) / 2;
+    for (const QChar ch : QStringLiteral("0123456789-:."))
+        w = std::max(w, fm.horizontalAdvance(ch));
     return w > 0 ? w : 7;
 }
 
+int ZqGrid::cellPadding() const {
+    // The margins the style keeps on both sides of an item's text, and one pixel of the grid line.
+    return 2 * (m_view->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, m_view) + 1) + 1;
+}
+
 int ZqGrid::colWidthPixels(double width) const {
-    return width <= 0 ? 0 : int(std::lround(width * charWidth())) + kCellPadding;
+    return width <= 0 ? 0 : int(std::ceil(width * charWidth())) + cellPadding();
+}
+
+int ZqGrid::fitPixels(int col) const {
+    const GridModel::Column& c = m_model->m_cols[col];
+    int px = colWidthPixels(c.width);
+    QHeaderView* header = m_view->horizontalHeader();
+    const int headMargin = 2 * header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
+    px = std::max(px, header->fontMetrics().horizontalAdvance(c.header) + headMargin + 1);
+    if (!c.widest.isEmpty()) {
+        const QString line = c.widest.section(QLatin1Char('\n'), 0, 0);
+        const int text = m_view->fontMetrics().horizontalAdvance(line) + cellPadding();
+        px = std::max(px, std::min(text, colWidthPixels(std::max(c.width, kMaxFitWidth))));
+    }
+    return px;
 }
 
 int ZqGrid::rowHeightPixels(double height) const {
@@ -738,7 +783,7 @@ int ZqGrid::rowHeightPixels(double height) const {
 
 double ZqGrid::colWidth(int col) const {
     if (col == 0 && m_model->m_cols[0].width < 0)
-        return std::max(0, m_view->verticalHeader()->sizeHint().width() - kCellPadding) / charWidth();
+        return std::max(0, m_view->verticalHeader()->sizeHint().width() - cellPadding()) / charWidth();
     if (col < 0) return m_model->m_template.width;
     return col <= maxCols() ? m_model->m_cols[col].width : 0;
 }
@@ -883,7 +928,8 @@ void ZqGrid::applyColumn(int col) {
         }
     } else {
         m_view->setColumnHidden(col - 1, isColHidden(col));
-        if (c.width > 0) m_view->setColumnWidth(col - 1, colWidthPixels(c.width));
+        // The dictionary's width, or more when the caption or the rows loaded need it.
+        if (c.width > 0) m_view->setColumnWidth(col - 1, fitPixels(col));
     }
     m_settingGeometry = was;
 }

@@ -145,7 +145,9 @@ public:
     bool redraw() const { return m_redraw; }
     void setRedraw(bool on);
 
-    // Pixel sizes of the grid's units on its present font.
+    // Pixel sizes of the grid's units on its present font. A unit of width is the widest digit (a
+    // Chinese character is two), so a width of 10 holds a date; a column shows at least its width,
+    // and widens (up to 40 units) to hold its caption and the longest text loadRows gave it.
     int colWidthPixels(double width) const;
     int rowHeightPixels(double height) const;
 
@@ -179,6 +181,8 @@ private:
     int firstVisibleCol() const;
     int nextVisibleCol(int col) const;
     double charWidth() const;
+    int cellPadding() const;
+    int fitPixels(int col) const;
 
     GridModel* m_model = nullptr;
     GridView* m_view = nullptr;

@@ -108,7 +108,7 @@ const Command* findCommand(const QString& key) {
     return nullptr;
 }
 
-bool runCommand(const QString& key, qint16 state) {
+bool runCommand(const QString& key, qint16 state, const QVariantMap& extra) {
     const Command* c = findCommand(key);
     if (!c) return false;
     if (c->action) {
@@ -118,6 +118,8 @@ bool runCommand(const QString& key, qint16 state) {
     QPointer<QDialog> screen = c->screen();
     if (!screen) return true;
     if (c->assign) c->assign(*screen, state);
+    for (auto it = extra.constBegin(); it != extra.constEnd(); ++it)
+        screen->setProperty(it.key().toUtf8().constData(), it.value());
     showModal(*screen);
     delete screen.data();
     return true;

@@ -33,8 +33,9 @@ void registerScreens();
 const Command* findCommand(const QString& key);
 
 // Carries out the row of the key: the action, or the screen with its settings assigned, shown
-// modally and dropped when closed (unless it dropped itself). False for an unknown key.
-bool runCommand(const QString& key, qint16 state);
+// modally and dropped when closed (unless it dropped itself). False for an unknown key. `extra`
+// settings are assigned after the row's own, as properties of the screen.
+bool runCommand(const QString& key, qint16 state, const QVariantMap& extra = {});
 
 // Shows a screen modally and gives its result; exec() unless a test drives screens itself.
 using ModalRunner = std::function<int(QDialog&)>;

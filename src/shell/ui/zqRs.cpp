@@ -101,7 +101,7 @@ void zqRs::Terminate() {
     if (zq::conn().isOpen()) zq::conn().close();
 }
 
-void zqRs::Refresh(const QString& mnuModel, qint16 State) {
+void zqRs::Refresh(const QString& mnuModel, qint16 State, const QVariantMap& settings) {
     const QString key = mnuModel.toLower();
     zq::Globals& g = G();
     g.AppTitle = zq::LoadText(99);
@@ -112,7 +112,7 @@ void zqRs::Refresh(const QString& mnuModel, qint16 State) {
     const QString deptCode = zq::GetUserDeptCode(g.UserName);
     g.UserDeptCode = g.ZgName == g.UserName ? QString() : deptCode;
     zq::LoadCompany();
-    zq::runCommand(key, State);
+    zq::runCommand(key, State, settings);
     if (zq::conn().isOpen()) zq::conn().close();
     zq::Components::release();
 }

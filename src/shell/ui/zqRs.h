@@ -2,6 +2,7 @@
 
 #include "shell/Globals.h"
 
+#include <QVariantMap>
 #include <QWidget>
 
 namespace zq {
@@ -46,5 +47,8 @@ public:
     // Opens the database, works out the user's department and the company, shows the screen of
     // the menu key (compared without regard to case) and closes the database when it has closed.
     // Errors reach the caller; the database then stays open.
-    void Refresh(const QString& mnuModel, qint16 State);
+    void Refresh(const QString& mnuModel, qint16 State) { Refresh(mnuModel, State, {}); }
+    // The same, with settings of the screen beyond those of the key (a host's home page opens the
+    // staff register on the persons of one of its lines).
+    void Refresh(const QString& mnuModel, qint16 State, const QVariantMap& settings);
 };

@@ -1,0 +1,96 @@
+// The host's window: menu entries say in words why they cannot be chosen, and the home page's links
+// open the staff register on the persons of their line and are counted again when it closes.
+#include "Controls.h"
+#include "TestDb.h"
+
+#include "personnel/HomePage.h"
+#include "shell/Globals.h"
+#include "shell/Prompts.h"
+#include "shell/ui/Commands.h"
+#include "zqrs/MainWindow.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace zq;
+using test::exec;
+
+class TestMainWindow : public QObject {
+    Q_OBJECT
+    QTemporaryDir m_dir;
+
+    // A window on a fresh database, signed in as the member of staff 员工002 of department 0101.
+    std::unique_ptr<MainWindow> window(QSettings& settings, const QString& power) {
+        auto w = std::make_unique<MainWindow>(settings);
+        test::freshDatabase();
+        scriptPrompts();
+        test::actAsSupervisor();
+        G().UserName = QStringLiteral("员工002");
+        G().myPower = power;
+        const QString month = QDate::currentDate().toString(QStringLiteral("MM"));
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('01','生产部',0,0)");
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('0101','一车间',0,0)");
+        exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt,fBmCode,fBirthDay) values "
+                            "('001','员工001',1,'0101','1990-%1-01')")
+                 .arg(month));
+        exec("insert into tRsBasic (fCode,fName,fzt,fBmCode,fBirthDay) values "
+             "('002','员工002',1,'0101','1990-00-01')");
+        exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt,fBmCode,fBirthDay) values "
+                            "('003','员工003',1,'01','1990-%1-01')")
+                 .arg(month));
+        w->refresh();
+        return w;
+    }
+
+private slots:
+    void menusSayWhyTheyAreClosed() {
+        QSettings settings(m_dir.filePath("a.ini"), QSettings::IniFormat);
+        // Entering the staff in service only (the first position of its rights).
+        QString power(350, QLatin1Char('0'));
+        power[0] = QLatin1Char('1');
+        auto w = window(settings, power);
+        auto* in = test::child<QAction>(*w, QStringLiteral("mnuRsManIn"));
+        auto* out = test::child<QAction>(*w, QStringLiteral("mnuRsManOut"));
+        QVERIFY(in->isEnabled());
+        QCOMPARE(in->toolTip(), in->text());
+        QVERIFY(!out->isEnabled());
+        QCOMPARE(out->toolTip(), QString("无权使用此功能"));
+        for (QAction* a : w->findChildren<QAction*>())
+            QVERIFY2(!a->toolTip().startsWith(QStringLiteral("mnu")), qPrintable(a->toolTip()));
+    }
+
+    void homeLinksOpenTheRegisterOnTheirPersons() {
+        QSettings settings(m_dir.filePath("b.ini"), QSettings::IniFormat);
+        auto w = window(settings, QString(350, QLatin1Char('1')));
+        auto* birthdays = test::child<QLabel>(w->home(), QStringLiteral("home_birthdays_1"));
+        // Department 0101 only: 员工003 works elsewhere.
+        QVERIFY(birthdays->text().contains(QStringLiteral(">1 人<")));
+        QVariantMap seen;
+        setModalRunner([&](QDialog& d) {
+            seen = {{"screen", d.objectName()},
+                    {"RsState", d.property("RsState")},
+                    {"PresetFilter", d.property("PresetFilter")},
+                    {"title", d.windowTitle()}};
+            // Another person of the department has a birthday this month meanwhile.
+            exec(QStringLiteral("update tRsBasic set fBirthDay='1990-%1-09' where fCode='002'")
+                     .arg(QDate::currentDate().toString(QStringLiteral("MM"))));
+            return int(QDialog::Accepted);
+        });
+        emit birthdays->linkActivated(birthdays->text().section(QLatin1Char('"'), 1, 1));
+        setModalRunner({});
+        QCOMPARE(seen.value("screen").toString(), QString("frmRs_Person"));
+        QCOMPARE(seen.value("RsState").toInt(), 1);
+        QVERIFY(seen.value("PresetFilter").toString().contains(QStringLiteral("a.fbmcode like '0101%'")));
+        // The page counted again when the screen closed.
+        birthdays = test::child<QLabel>(w->home(), QStringLiteral("home_birthdays_1"));
+        QVERIFY2(birthdays->text().contains(QStringLiteral(">2 人<")), qPrintable(birthdays->text()));
+    }
+};
+
+ZQ_DB_TEST_MAIN(TestMainWindow)
+#include "test_main_window.moc"

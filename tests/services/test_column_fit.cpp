@@ -1,0 +1,152 @@
+// Every landed grid, filled with a demo company, shows each cell and caption whole: nothing is cut
+// short with an ellipsis at the widths the field dictionary gives.
+#include "Controls.h"
+#include "TestDb.h"
+
+#include "admin/Demo.h"
+#include "organisation/frmRs_Dept.h"
+#include "personnel/frmRs_Person.h"
+#include "personnel/HomePage.h"
+#include "services/ui/Grid.h"
+#include "shell/Globals.h"
+#include "shell/Prompts.h"
+#include "shell/ui/LogViewerDialog.h"
+#include "shell/ui/UserAdminDialog.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QStyle>
+#include <QTableView>
+#include <QTableWidget>
+#include <QTest>
+
+using namespace zq;
+using test::child;
+
+namespace {
+
+// Texts the view would cut: each cell and caption of the shown columns wider than its column less
+// the margins the style keeps on both sides of an item's text.
+QStringList cutTexts(QTableView* view, int maxRows = 400) {
+    QStringList cut;
+    QAbstractItemModel* m = view->model();
+    const int cellMargin = 2 * (view->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, view) + 1);
+    QHeaderView* header = view->horizontalHeader();
+    const int headMargin = 2 * view->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
+    for (int c = 0; c < m->columnCount(); ++c) {
+        if (view->isColumnHidden(c)) continue;
+        const int width = view->columnWidth(c);
+        const QString caption = m->headerData(c, Qt::Horizontal).toString();
+        if (header->isVisible() && header->fontMetrics().horizontalAdvance(caption) + headMargin > width)
+            cut << QStringLiteral("caption %1 '%2' in %3px").arg(c).arg(caption).arg(width);
+        for (int r = 0; r < std::min(m->rowCount(), maxRows); ++r) {
+            const QModelIndex i = m->index(r, c);
+            const QString text = i.data().toString();
+            const QVariant f = i.data(Qt::FontRole);
+            const QFontMetrics fm(f.isValid() ? f.value<QFont>() : view->font());
+            if (fm.horizontalAdvance(text) + cellMargin > width)
+                cut << QStringLiteral("row %1 col %2 '%3' in %4px").arg(r).arg(c).arg(text).arg(width);
+        }
+    }
+    return cut;
+}
+
+// Names the first few cut texts when there are any.
+#define expectWhole(cut)                                                                                     \
+    do {                                                                                                     \
+        const QStringList c_ = (cut);                                                                        \
+        QVERIFY2(c_.isEmpty(), qPrintable(QString::number(c_.size()) + QStringLiteral(" cut: ") +            \
+                                          c_.mid(0, 8).join(QStringLiteral("; "))));                         \
+    } while (false)
+
+QTableView* viewOf(QWidget* w) {
+    auto* v = w->findChild<QTableView*>();
+    if (!v) qFatal("no table in %s", qPrintable(w->objectName()));
+    return v;
+}
+} // namespace
+
+class TestColumnFit : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() {
+        test::freshDatabase();
+        scriptPrompts();
+        test::actAsSupervisor();
+        G().CompName = QStringLiteral("演示公司");
+        demo::Options o;
+        o.persons = 300;
+        o.seed = 7;
+        demo::fill(conn(), o);
+        demo::addDemoUsers(conn());
+    }
+
+    void unitsHoldDatesPhonesAndNames() {
+        ZqGrid grid;
+        grid.setMaxCols(4);
+        grid.setMaxRows(1);
+        grid.setColWidth(1, 10);
+        grid.setColWidth(2, 12);
+        grid.setColWidth(3, 8);
+        grid.setColWidth(4, 6);
+        grid.setText(1, 1, QStringLiteral("2002-12-28"));
+        grid.setText(1, 2, QStringLiteral("13908765432"));
+        grid.setText(1, 3, QStringLiteral("欧阳明"));
+        grid.setText(1, 4, QStringLiteral("维吾尔"));
+        grid.show();
+        expectWhole(cutTexts(viewOf(&grid)));
+    }
+
+    void registerShowsEveryCellWhole() {
+        for (int state : {1, 2}) {
+            frmRs_Person w;
+            w.setRsState(state);
+            w.resize(1200, 800);
+            w.show();
+            auto* grid = child<ZqGrid>(w, QStringLiteral("Grid1"));
+            QVERIFY(grid->maxRows() > 0);
+            test::saveShot(w, QStringLiteral("register%1").arg(state));
+            expectWhole(cutTexts(viewOf(grid)));
+        }
+    }
+
+    void departmentListShowsEveryCellWhole() {
+        frmRs_Dept w;
+        w.resize(1200, 800);
+        w.show();
+        child<QCheckBox>(w, QStringLiteral("chkList"))->click();
+        auto* grid = child<ZqGrid>(w, QStringLiteral("Grid1"));
+        QVERIFY(grid->maxRows() > 0);
+        test::saveShot(w, QStringLiteral("departments"));
+        expectWhole(cutTexts(viewOf(grid)));
+    }
+
+    void homePageOnTheDemoCompany() {
+        HomePage page;
+        page.resize(700, 480);
+        page.reload(QDate(2026, 11, 23));
+        page.show();
+        test::saveShot(page, QStringLiteral("home"));
+        QVERIFY(page.summary().lines.size() >= 7);
+        QCOMPARE(QString::number(page.summary().lines.first().count),
+                 test::one("select count(*) from tRsBasic where fzt=1"));
+    }
+
+    void adminGridsShowEveryCellWhole() {
+        UserAdminDialog users(conn());
+        users.show();
+        for (QTableView* v : users.findChildren<QTableView*>())
+            expectWhole(cutTexts(v));
+        LogViewerDialog log(conn());
+        log.show();
+        log.seek();
+        for (QTableView* v : log.findChildren<QTableView*>())
+            expectWhole(cutTexts(v));
+    }
+};
+
+ZQ_DB_TEST_MAIN(TestColumnFit)
+#include "test_column_fit.moc"
