@@ -579,6 +579,11 @@ Summary fillCompany(Connection& c, const Options& o, bool logins) {
     writeCards(x);
     writeOffice(x);
     writeDocuments(x);
+    // The spouse particulars live in their own table; every person has a row, as after the split.
+    c.execute(
+        QStringLiteral("insert into tRsBasic_P (fCode,fpName,fpBirthday,fpZz,fpMz,fpHj,fpJg,fpPhone,fpXl,"
+                       "fpRz,fpDw) select fCode,fpName,fpBirthday,fpZz,fpMz,fpHj,fpJg,fpPhone,fpXl,fpRz,"
+                       "fpDw from tRsBasic"));
     if (logins) s.logins = addDemoUsers(c);
     t.commit();
     // Fresh statistics, so that the first look-ups on a new company plan well.

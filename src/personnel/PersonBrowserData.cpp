@@ -5,6 +5,7 @@
 #include "shell/Connection.h"
 #include "shell/Recordset.h"
 #include "shell/Rights.h"
+#include "shell/Schema.h"
 #include "shell/SqlText.h"
 
 #include <QDate>
@@ -38,15 +39,8 @@ QString BrowserModelKey(int rsState) {
 }
 
 bool SplitSpouseTable() {
-    if (CountRows(QStringLiteral("tRsBasic_P"), QStringLiteral("1=2")) != -1) return false;
-    Connection& c = conn();
-    c.execute(c.dialect().selectInto(
-        QStringLiteral("tRsBasic_P"),
-        QStringLiteral(
-            "Select fCode,fpName,fpBirthday,fpZz,fpMz,fpHj,fpJg,fpPhone,fpXl,fpRz,fpDw From tRsBasic")));
-    c.execute(QStringLiteral(
-        "Update RptListDetail Set fTable='tRsBasic_P' Where fTable='tRsBasic' And OrderID>=69"));
-    return true;
+    // A database of this system has the table from its schema; an older one gets it here.
+    return schema::splitSpouseTable(conn());
 }
 
 QString PersonListCondition(int rsState, const QString& deptCode, const QString& seekCondition,

@@ -45,6 +45,10 @@ public:
     QString exactText(const QString& expr) const {
         return isServer() ? QStringLiteral("%1::text").arg(expr) : expr;
     }
+    // Ending of a select that locks the rows it reads until the transaction ends; the file database
+    // locks the whole file at the first write instead, and a writer that read before another's
+    // commit fails then.
+    QString forUpdate() const { return isServer() ? QStringLiteral(" for update") : QString(); }
     // A new table from a query ("select ... into").
     QString selectInto(const QString& newTable, const QString& selectStatement) const;
     // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.

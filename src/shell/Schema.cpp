@@ -32,12 +32,22 @@ struct UniqueKey {
     const char* where;
 };
 constexpr UniqueKey kUniqueKeys[] = {
-    {"tRsBasic", "fCode", nullptr},        {"tRsBasic", "fSfz", "trim(fSfz)<>''"},
-    {"tRs_Bm", "fCode", nullptr},          {"tRs_Bm", "fName", nullptr},
-    {"tRs_House", "fCode", nullptr},       {"tRs_House", "fName", nullptr},
-    {"tWd_File0", "fCode", nullptr},       {"tWd_File0", "fName", nullptr},
-    {"tWd_File1", "fCode", nullptr},       {"tWd_File1", "fName", nullptr},
-    {"trsPersonMove", "moveNmb", nullptr}, {"trsCard", "fcode,cardcode", nullptr},
+    {"tRsBasic", "fCode", nullptr},
+    {"tRsBasic", "fSfz", "trim(fSfz)<>''"},
+    {"tRs_Bm", "fCode", nullptr},
+    {"tRs_Bm", "fName", nullptr},
+    {"tRs_House", "fCode", nullptr},
+    {"tRs_House", "fName", nullptr},
+    {"tWd_File0", "fCode", nullptr},
+    {"tWd_File0", "fName", nullptr},
+    {"tWd_File1", "fCode", nullptr},
+    {"tWd_File1", "fName", nullptr},
+    {"trsPersonMove", "moveNmb", nullptr},
+    {"trsCard", "fcode,cardcode", nullptr},
+    // One spouse row, one row of extra details and one appraisal a year for a person at most.
+    {"tRsBasic_P", "fCode", nullptr},
+    {"tRsDetail", "fCode", nullptr},
+    {"tRsRemark", "fcode,fYear", nullptr},
 };
 
 QString uniqueIndexName(const UniqueKey& k) {
@@ -102,6 +112,21 @@ void addMissingColumns(Connection& c, const QString& table, const QStringList& c
                       QLatin1Char(' ') + columnType(c.dialect(), col));
 }
 
+} // namespace
+
+bool splitSpouseTable(Connection& c) {
+    if (tableExists(c, QStringLiteral("tRsBasic_P"))) return false;
+    c.execute(c.dialect().selectInto(
+        QStringLiteral("tRsBasic_P"),
+        QStringLiteral(
+            "Select fCode,fpName,fpBirthday,fpZz,fpMz,fpHj,fpJg,fpPhone,fpXl,fpRz,fpDw From tRsBasic")));
+    c.execute(QStringLiteral(
+        "Update RptListDetail Set fTable='tRsBasic_P' Where fTable='tRsBasic' And OrderID>=69"));
+    return true;
+}
+
+namespace {
+
 // Ordered upgrade steps. Each runs in one transaction and must be safe to run again over its own
 // result.
 const QVector<Step>& steps() {
@@ -119,6 +144,13 @@ const QVector<Step>& steps() {
              addMissingColumns(c, QStringLiteral("tRs_RptFlow"),
                                {QStringLiteral("fChecker1_"), QStringLiteral("fChecker2_"),
                                 QStringLiteral("fChecker3_"), QStringLiteral("fChecker4_")});
+             addUniqueKeys(c);
+         }},
+        {3,
+         [](Connection& c) {
+             // The spouse table was once split off by the staff register as it opened, under
+             // running clients; now the upgrade does it, and its keys are unique.
+             splitSpouseTable(c);
              addUniqueKeys(c);
          }},
     };

@@ -44,6 +44,11 @@ void createPrintTemplates(Connection& c);
 // The users of the account set and the operation log (SchemaUsers.cpp).
 void createUserTables(Connection& c);
 
+// Splits the spouse columns of tRsBasic off into tRsBasic_P (rows of every person) and moves their
+// dictionary rows (OrderID 69 on) along, when that table does not exist yet; the columns stay in
+// tRsBasic. True when it split now.
+bool splitSpouseTable(Connection& c);
+
 // The schema version kept in zq_schema; 0 when the database has none.
 int currentVersion(Connection& c);
 int latestVersion();

@@ -24,7 +24,6 @@ void createAttendanceTable() {
 
 // One row of each person in every table keyed by the code, and in the two that keep the old code.
 void seed(const QStringList& tables) {
-    exec("create table tRsBasic_P (fCode varchar(10), fpName varchar(10))");
     for (const char* code : {"A01", "B02"}) {
         exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt) values ('%1','某人',1)").arg(code));
         for (const QString& t : tables + QStringList{"tRsBasic_P", "tRsDetail"})

@@ -10,12 +10,14 @@
 #include "services/ui/Grid.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
+#include "shell/ui/Commands.h"
 #include "shell/ui/LogViewerDialog.h"
 #include "shell/ui/UserAdminDialog.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialog>
 #include <QHeaderView>
 #include <QStyle>
 #include <QTableView>
@@ -133,6 +135,34 @@ private slots:
         QVERIFY(page.summary().lines.size() >= 7);
         QCOMPARE(QString::number(page.summary().lines.first().count),
                  test::one("select count(*) from tRsBasic where fzt=1"));
+    }
+
+    void recordScreensShowEveryCellWhole() {
+        // The person with the most family rows, who has some of everything.
+        G().CurPersonCode =
+            test::one("select fCode from tRsFamily group by fCode order by count(*) desc, fCode");
+        G().CurPersonName =
+            test::one(QStringLiteral("select fName from tRsBasic where fCode='%1'").arg(G().CurPersonCode));
+        G().PersonEditMode = 2;
+        QStringList cut;
+        for (const char* name :
+             {"frmRs_PersonFamily", "frmRs_PersonResume", "frmRs_PersonTrain", "frmRs_PersonResult",
+              "frmRs_PersonReward", "frmRs_PersonWork", "frmRs_PersonDetail"}) {
+            setModalRunner([name, &cut](QDialog& d) {
+                d.resize(900, 640);
+                d.show();
+                QCoreApplication::processEvents();
+                test::saveShot(d, QLatin1String(name));
+                for (ZqGrid* g : d.findChildren<ZqGrid*>())
+                    if (g->isVisible())
+                        for (const QString& c : cutTexts(viewOf(g)))
+                            cut << QLatin1String(name) + QLatin1Char(' ') + c;
+                return int(QDialog::Rejected);
+            });
+            QVERIFY(openForm(QLatin1String(name), nullptr) >= 0);
+        }
+        setModalRunner({});
+        expectWhole(cut);
     }
 
     void adminGridsShowEveryCellWhole() {

@@ -40,8 +40,12 @@ void backToVersion1(Connection& c) {
     for (const char* index :
          {"ux_trsbasic_fcode", "ux_trsbasic_fsfz", "ux_trs_bm_fcode", "ux_trs_bm_fname", "ux_trs_house_fcode",
           "ux_trs_house_fname", "ux_twd_file0_fcode", "ux_twd_file0_fname", "ux_twd_file1_fcode",
-          "ux_twd_file1_fname", "ux_trspersonmove_movenmb", "ux_trscard_fcode_cardcode"})
+          "ux_twd_file1_fname", "ux_trspersonmove_movenmb", "ux_trscard_fcode_cardcode", "ux_trsdetail_fcode",
+          "ux_trsremark_fcode_fyear"})
         c.execute(QStringLiteral("drop index ") + QLatin1String(index));
+    // Version 1 had no spouse table: the staff register split it off as it opened.
+    c.execute(QStringLiteral("drop table tRsBasic_P"));
+    c.execute(QStringLiteral("update RptListDetail set fTable='tRsBasic' where fTable='tRsBasic_P'"));
     for (int n = 1; n <= 4; ++n)
         c.execute(QStringLiteral("alter table tRs_RptFlow drop column fChecker%1_").arg(n));
     c.execute(QStringLiteral("update zq_schema set version=1"));
@@ -205,6 +209,11 @@ private slots:
         QCOMPARE(schema::currentVersion(conn()), schema::latestVersion());
         QCOMPARE(one("select count(fChecker4_) from tRs_RptFlow"), QString("0"));
         QVERIFY_THROWS_EXCEPTION(DbError, exec("insert into tRsBasic (fCode,fName) values ('A01','重号')"));
+        // The spouse table is split off with a row of every person, and keeps one row a person.
+        QCOMPARE(one("select count(*) from tRsBasic_P where fCode='A01'"), QString("1"));
+        QVERIFY_THROWS_EXCEPTION(DbError, exec("insert into tRsBasic_P (fCode) values ('A01')"));
+        exec("insert into tRsRemark (fcode,fYear) values ('A01',2025)");
+        QVERIFY_THROWS_EXCEPTION(DbError, exec("insert into tRsRemark (fcode,fYear) values ('A01',2025)"));
         QVERIFY(!schema::upgradeIfOlder(conn())); // nothing left to do
         // The report screen's own probe now finds its columns and changes nothing.
         QVERIFY(!report::AddAnswerColumns());

@@ -11,6 +11,7 @@
 #include "shell/SqlText.h"
 #include "shell/ui/Commands.h"
 
+#include <QCryptographicHash>
 #include <QLabel>
 #include <QStringList>
 
@@ -22,6 +23,32 @@ QString personCondition(const QString& condition) {
     QString where = QStringLiteral(" Where fcode=") + quoted(G().CurPersonCode);
     if (!condition.isEmpty()) where += QStringLiteral(" And ") + condition;
     return where;
+}
+
+QString lastSaveError;
+
+// Name of the grid property that keeps what LoadGridRows read, for the save to compare.
+QByteArray loadedKey(const QString& table, const QString& condition) {
+    return "zqLoaded:" + table.toLower().toUtf8() + '|' + condition.toUtf8();
+}
+
+// The person's rows of the condition as they stand, folded into one value.
+QByteArray rowsDigest(Recordset& rs) {
+    QCryptographicHash h(QCryptographicHash::Sha1);
+    for (; !rs.eof(); rs.moveNext()) {
+        for (int c = 0; c < rs.fieldCount(); ++c) {
+            const QVariant v = rs.value(c);
+            h.addData(v.isNull() ? QByteArrayView("\x01null") : QByteArrayView(rs.text(c).toUtf8()));
+            h.addData(QByteArrayView("\x00", 1));
+        }
+        h.addData(QByteArrayView("\x02", 1));
+    }
+    return h.result();
+}
+
+QString readSql(const QString& table, const QString& fieldList, const QString& condition) {
+    return QStringLiteral("Select fOrderID,") + fieldList + QStringLiteral(" From ") + table +
+           personCondition(condition) + QStringLiteral(" Order By fOrderID");
 }
 
 // The columns a header double click can rename, by table; tRsDetail goes by data row instead.
@@ -71,24 +98,42 @@ QString editFieldSettings(const QString& field, const QString& table, qint16 ite
 } // namespace
 
 void LoadGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, const QString& condition) {
-    Recordset rs(conn(), QStringLiteral("Select fOrderID,") + fieldList + QStringLiteral(" From ") + table +
-                             personCondition(condition) + QStringLiteral(" Order By fOrderID"));
-    // Grid rows are consecutive whatever gaps fOrderID has.
     QVector<QStringList> rows;
-    rows.reserve(rs.recordCount());
-    const int cols = grid.maxCols();
-    for (; !rs.eof(); rs.moveNext()) {
-        QStringList cells;
-        for (int c = 1; c <= cols; ++c)
-            cells << rs.text(c);
-        rows << cells;
+    {
+        Recordset rs(conn(), readSql(table, fieldList, condition), Cursor::Static);
+        // Grid rows are consecutive whatever gaps fOrderID has.
+        rows.reserve(rs.recordCount());
+        const int cols = grid.maxCols();
+        for (; !rs.eof(); rs.moveNext()) {
+            QStringList cells;
+            for (int c = 1; c <= cols; ++c)
+                cells << rs.text(c);
+            rows << cells;
+        }
+        // What was read, for the save to tell whether another client changed it meanwhile.
+        rs.moveFirst();
+        grid.setProperty(loadedKey(table, condition), rowsDigest(rs));
     }
     grid.loadRows(std::move(rows));
 }
 
+QString LastGridSaveError() {
+    return lastSaveError;
+}
+
 int SaveGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, const QString& condition) {
+    lastSaveError.clear();
+    const QByteArray key = loadedKey(table, condition);
     try {
         Transaction tx(conn());
+        // The person's row is the lock that orders two clients saving the same person's rows.
+        conn().execute(QStringLiteral("select fCode from tRsBasic where fCode=") + quoted(G().CurPersonCode) +
+                       conn().dialect().forUpdate());
+        const QVariant loaded = grid.property(key);
+        if (loaded.isValid()) {
+            Recordset now(conn(), readSql(table, fieldList, condition));
+            if (rowsDigest(now) != loaded.toByteArray()) throw ConflictError();
+        }
         conn().execute(QStringLiteral("Delete From ") + table + personCondition(condition));
         // The reading set covers all of the person's rows, whatever the condition.
         Recordset rs(conn(),
@@ -113,9 +158,17 @@ int SaveGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, c
             rs.update();
         }
         rs.close();
+        if (loaded.isValid()) {
+            Recordset now(conn(), readSql(table, fieldList, condition));
+            grid.setProperty(key, rowsDigest(now)); // a second save from the same screen compares with this
+        }
         tx.commit();
         return -1;
-    } catch (const DbError&) {
+    } catch (const ConflictError& e) {
+        lastSaveError = e.message();
+        return 0;
+    } catch (const DbError& e) {
+        lastSaveError = e.message();
         return 0; // rolled back by the guard; the caller tells the user
     }
 }

@@ -14,8 +14,11 @@ class ZqGrid;
 void LoadGridRows(const QString& table, const QString& fieldList, ZqGrid& grid,
                   const QString& condition = {});
 // Replaces the person's rows (of the condition) by the grid's rows in one transaction. -1 when
-// saved, 0 when not (rolled back, no message: the caller decides).
+// saved, 0 when not (rolled back, no message: the caller decides). Rows that LoadGridRows read into
+// this grid and another client changed since are not overwritten: the save fails.
 int SaveGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, const QString& condition = {});
+// Why the last SaveGridRows failed; empty after a success.
+QString LastGridSaveError();
 void GridInsertRow(ZqGrid& grid);
 void GridDeleteRow(ZqGrid& grid);
 // A double click on a grid cell: renames the column's caption through the field settings dialog.

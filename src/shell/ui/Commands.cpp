@@ -5,6 +5,14 @@
 #include "organisation/frmRs_PersonAssignOk.h"
 #include "personnel/frmRs_Person.h"
 #include "personnel/frmRs_PersonBasic.h"
+#include "personnel/frmRs_PersonDetail.h"
+#include "personnel/frmRs_PersonDetailSeek.h"
+#include "personnel/frmRs_PersonFamily.h"
+#include "personnel/frmRs_PersonResult.h"
+#include "personnel/frmRs_PersonResume.h"
+#include "personnel/frmRs_PersonReward.h"
+#include "personnel/frmRs_PersonTrain.h"
+#include "personnel/frmRs_PersonWork.h"
 #include "printing/frmRs_list.h"
 #include "printing/frmRs_RptSet.h"
 #include "printing/Print.h"
@@ -53,6 +61,14 @@ ModalRunner& runner() {
 }
 } // namespace
 
+namespace {
+// A screen other screens open by its name, which is its class's name.
+template <typename Screen> void registerScreen(const char* name) {
+    registerForm(QLatin1String(name), [](QWidget* parent) { return new Screen(parent); });
+}
+
+} // namespace
+
 void registerScreens() {
     // Each screen area adds its rows here, in the order of the menu table; the first match wins.
     // Screens opened by other screens are also registered by name (registerForm).
@@ -63,20 +79,27 @@ void registerScreens() {
         registerCommand(
             {key}, [] { return new frmRs_Person; },
             [state](QDialog& d, qint16) { d.setProperty("RsState", state); });
-    registerForm(QStringLiteral("frmRs_Person"), [](QWidget* parent) { return new frmRs_Person(parent); });
-    registerForm(QStringLiteral("frmRs_PersonBasic"),
-                 [](QWidget* parent) { return new frmRs_PersonBasic(parent); });
-    registerForm(QStringLiteral("frmRs_PersonAssignOk"),
-                 [](QWidget* parent) { return new frmRs_PersonAssignOk(parent); });
+    registerScreen<frmRs_Person>("frmRs_Person");
+    registerScreen<frmRs_PersonBasic>("frmRs_PersonBasic");
+    // The record screens of a person, in the order of the register's choices, and its search.
+    registerScreen<frmRs_PersonFamily>("frmRs_PersonFamily");
+    registerScreen<frmRs_PersonResume>("frmRs_PersonResume");
+    registerScreen<frmRs_PersonTrain>("frmRs_PersonTrain");
+    registerScreen<frmRs_PersonResult>("frmRs_PersonResult");
+    registerScreen<frmRs_PersonReward>("frmRs_PersonReward");
+    registerScreen<frmRs_PersonWork>("frmRs_PersonWork");
+    registerScreen<frmRs_PersonDetail>("frmRs_PersonDetail");
+    registerScreen<frmRs_PersonDetailSeek>("frmRs_PersonDetailSeek");
+    registerScreen<frmRs_PersonAssignOk>("frmRs_PersonAssignOk");
     // The department register always opens on its own table.
     registerCommand(
         {QStringLiteral("mnuRsbm"), QStringLiteral("mnuRsSysBm")}, [] { return new frmRs_Dept; },
         [](QDialog& d, qint16) { d.setProperty("myTable", QStringLiteral("trs_bm")); });
-    registerForm(QStringLiteral("frmRs_Dept"), [](QWidget* parent) { return new frmRs_Dept(parent); });
+    registerScreen<frmRs_Dept>("frmRs_Dept");
     registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
                     [] { return new frmBg_Report; });
-    registerForm(QStringLiteral("frmRs_RptSet"), [](QWidget* parent) { return new frmRs_RptSet(parent); });
-    registerForm(QStringLiteral("frmRs_list"), [](QWidget* parent) { return new frmRs_list(parent); });
+    registerScreen<frmRs_RptSet>("frmRs_RptSet");
+    registerScreen<frmRs_list>("frmRs_list");
 
     // The two card keys print at once instead of showing a screen, the supervisor's way (3) or
     // the user's (1).
