@@ -12,6 +12,7 @@
 #include "personnel/frmRs_PersonReward.h"
 #include "personnel/frmRs_PersonTrain.h"
 #include "personnel/frmRs_PersonWork.h"
+#include "organisation/PersonAssignData.h"
 #include "personnel/PersonRecordsData.h"
 #include "services/ui/Grid.h"
 #include "shell/Globals.h"
@@ -196,6 +197,30 @@ private slots:
         QCOMPARE(rows("select fOrderID,fYear,fType from tRsWork where fCode='A01' order by fType,fOrderID"),
                  QString("1|2010-2015|0;1|2024-01-02|1;2|2025-03|1"));
         QCOMPARE(logs(), QString("<工作简历>记录存盘 [A01-张三]"));
+    }
+
+    void aTransferOrderJoinsTheHistory() {
+        exec("insert into tRsWork (fCode,fOrderID,fYear,fBm,fType) values ('A01',1,'2023-05','生产部',1)");
+        MoveOrder o;
+        o.moveNmb = QStringLiteral("1");
+        o.fcode = QStringLiteral("A01");
+        o.fName = QStringLiteral("张三");
+        o.olddpt = QStringLiteral("生产部");
+        o.newdpt = QStringLiteral("销售部");
+        o.worktype = QStringLiteral("操作工");
+        o.wrtdate = QDate(2026, 3, 1);
+        QVERIFY(SaveMoveOrder(o, 1) == MoveSaveResult::Saved);
+        inHand("A01", 2);
+        frmRs_PersonResume f;
+        f.show();
+        ZqGrid* after = f.grid(1);
+        QCOMPARE(after->maxRows(), 2);
+        const int row = after->findRow(5, QStringLiteral("销售部"));
+        QVERIFY(row > 0);
+        QCOMPARE(after->text(row, 4), QString()); // the work done is for the clerk to fill in
+        // Saved again, the order's row keeps its place among the rows after the hire.
+        f.cmdOK_Click();
+        QCOMPARE(one("select count(*) from tRsWork where fCode='A01' and fType=1"), QString("2"));
     }
 
     void trainingAndWorkStates() {
