@@ -11,6 +11,7 @@ packages=(
   fonts-wqy-zenhei poppler-utils
   xvfb xauth
   ccache antiword libzip-dev
+  qt6-charts-dev libqt6opengl6-dev
 )
 
 missing=()

@@ -219,7 +219,7 @@ void buildPersons(Company& co, int count, Rng& r) {
         p.lodging = p.education >= 4 ? r.weighted({50, 25, 10, 15}) : r.weighted({15, 35, 35, 15});
 
         const QDate until = p.state == 1 ? kToday : p.leave;
-        if (co.depts.size() > 1 && p.hire.daysTo(until) > 400 && r.chance(0.05)) {
+        if (co.depts.size() > 1 && p.hire.daysTo(until) > 400 && r.chance(0.16)) {
             Transfer t;
             t.person = i;
             do

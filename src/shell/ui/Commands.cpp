@@ -2,12 +2,14 @@
 
 #include "office/frmBg_Report.h"
 #include "organisation/frmRs_Dept.h"
+#include "organisation/frmRs_PersonAssign.h"
 #include "organisation/frmRs_PersonAssignOk.h"
 #include "personnel/frmRs_Person.h"
 #include "personnel/frmRs_PersonBasic.h"
 #include "personnel/frmRs_PersonDetail.h"
 #include "personnel/frmRs_PersonDetailSeek.h"
 #include "personnel/frmRs_PersonFamily.h"
+#include "personnel/frmRs_PersonList.h"
 #include "personnel/frmRs_PersonResult.h"
 #include "personnel/frmRs_PersonResume.h"
 #include "personnel/frmRs_PersonReward.h"
@@ -91,6 +93,9 @@ void registerScreens() {
     registerScreen<frmRs_PersonDetail>("frmRs_PersonDetail");
     registerScreen<frmRs_PersonDetailSeek>("frmRs_PersonDetailSeek");
     registerScreen<frmRs_PersonAssignOk>("frmRs_PersonAssignOk");
+    registerCommand({QStringLiteral("mnuRsOthMove")}, [] { return new frmRs_PersonAssign; });
+    registerCommand({QStringLiteral("mnuRsTotal")}, [] { return new frmRs_PersonList; });
+    registerScreen<frmRs_PersonList>("frmRs_PersonList");
     // The department register always opens on its own table.
     registerCommand(
         {QStringLiteral("mnuRsbm"), QStringLiteral("mnuRsSysBm")}, [] { return new frmRs_Dept; },

@@ -1,0 +1,192 @@
+// The statistics screen: its filter rules, the list, and counts that equal one count statement per
+// value, cell by cell, with their chart.
+#include "Controls.h"
+#include "TestDb.h"
+
+#include "admin/Demo.h"
+#include "personnel/frmRs_PersonList.h"
+#include "personnel/PersonListData.h"
+#include "services/ui/Grid.h"
+#include "shell/DbError.h"
+#include "shell/Globals.h"
+#include "shell/Prompts.h"
+#include "shell/Recordset.h"
+#include "shell/SqlText.h"
+
+#include <QApplication>
+#include <QBarSeries>
+#include <QBarSet>
+#include <QChart>
+#include <QChartView>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPieSeries>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace zq;
+using test::child;
+using test::exec;
+using test::one;
+
+namespace {
+// The count table as one statement per value gives it.
+QVector<QStringList> perValue(const QStringList& captions, const QString& base) {
+    QVector<QStringList> rows(captions.size() * 2);
+    for (int i = 0; i < captions.size(); ++i) {
+        const QString field = one(
+            QStringLiteral("select FieldName from RptListDetail where ftable='tRsBasic' and FieldName_0='%1'")
+                .arg(captions.at(i)));
+        rows[2 * i] << captions.at(i);
+        rows[2 * i + 1] << QString();
+        Recordset values(conn(),
+                         QStringLiteral("select distinct %1 as t from trsBasic where %2").arg(field, base));
+        if (values.eof()) break;
+        for (; !values.eof(); values.moveNext()) {
+            rows[2 * i] << values.text(0);
+            rows[2 * i + 1] << one(QStringLiteral("select count(*) as t from tRsBasic where %1 = %2 and %3")
+                                       .arg(field, quoted(values.text(0)), base));
+        }
+    }
+    qsizetype width = 0;
+    for (const QStringList& r : rows)
+        width = std::max(width, r.size());
+    for (QStringList& r : rows)
+        while (r.size() < width)
+            r << QString();
+    return rows;
+}
+} // namespace
+
+class TestPersonList : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() {
+        test::freshDatabase();
+        scriptPrompts();
+        test::actAsSupervisor();
+    }
+
+    void filterRules() {
+        const auto filter = [](int dept, const QString& deptText, const QString& text, const QString& field) {
+            return ComposeFilter({dept, deptText, text, field});
+        };
+        QCOMPARE(filter(0, "(所有部门)", "", "").filter, QString());
+        QCOMPARE(filter(2, "01\t生产部", "", "").filter, QString("and fBmCode like '01%' "));
+        QCOMPARE(filter(0, "", "本科", "fXl").filter, QString(" And  fXl like '%本科%' "));
+        QCOMPARE(filter(0, "", "本%", "fXl").filter, QString(" And  fXl like '本%' "));
+        // Equal ends are one value; a range compares as text, so 9,10 swaps.
+        const ListFilter same = filter(0, "", "张,张", "fName");
+        QCOMPARE(same.filterText, QString("张"));
+        QCOMPARE(same.filter, QString(" And  fName like '%张%' "));
+        QCOMPARE(filter(0, "", "9,10", "fCode").filter, QString(" And fCode >= '10' and fCode <= '9'"));
+        // A comma first is a pattern; without a field nothing is searched.
+        QCOMPARE(filter(0, "", ",5", "fCode").filter, QString(" And  fCode like '%,5%' "));
+        QCOMPARE(filter(0, "", "9,10", "").filter, QString());
+        QVERIFY_THROWS_EXCEPTION(DbError, filter(0, "", "O'Neil", "fName"));
+    }
+
+    void countsEqualThePerValueStatements() {
+        demo::Options o;
+        o.persons = 400;
+        o.seed = 3;
+        demo::fill(conn(), o);
+        exec("update tRsBasic set fMz=null where fCode in (select fCode from tRsBasic where fzt=1 order by "
+             "fCode "
+             "limit 3)");
+        exec("update tRsBasic set fMz='' where fCode in (select fCode from tRsBasic where fzt=1 order by "
+             "fCode "
+             "desc limit 2)");
+        const QStringList fields{"性别", "文化程度", "现属部门", "民族", "员工编号", "婚否"};
+        for (const QString& base : {QString(" fzt= 1 "), QString(" fzt= 1 and fBmCode like '01%' ")}) {
+            const QVector<QStringList> want = perValue(fields, base);
+            QCOMPARE(CountTable(fields, base), want);
+        }
+        // A field without a value ends the table there, its caption shown.
+        const QVector<QStringList> none = CountTable({"性别", "民族"}, " fzt= 9 ");
+        QCOMPARE(none.at(0), QStringList({"性别"}));
+        QCOMPARE(none.at(2).join(QString()), QString()); // the next field stays blank
+        // A value holding a quote fails, as its count statement did.
+        exec("update tRsBasic set fJg='O''Brien' where fCode=(select min(fCode) from tRsBasic)");
+        QVERIFY_THROWS_EXCEPTION(DbError, CountTable({"籍贯"}, " 1=1 "));
+    }
+
+    void headingsDecoded() {
+        QVector<QStringList> rows{
+            {"性别", "1", "0", ""}, {"", "5", "3", ""}, {"婚否", "0", "1", "2", "3", "9"}};
+        DecodeCountHeadings(rows);
+        QCOMPARE(rows.at(0), QStringList({"性别", "男", "女", ""}));
+        QCOMPARE(rows.at(1), QStringList({"", "5", "3", ""})); // counts are left alone
+        QCOMPARE(rows.at(2), QStringList({"婚否", "末婚", "已婚", "离异", "丧偶", "9"}));
+    }
+
+    void screenListsCountsAndCharts() {
+        demo::Options o;
+        o.persons = 200;
+        demo::fill(conn(), o);
+        frmRs_PersonList w;
+        w.show();
+        const QString serving = one("select count(*) from tRsBasic where fzt=1");
+        QCOMPARE(child<QLabel>(w, "txtQty")->text(), serving + "人");
+        QCOMPARE(w.grid1()->maxRows(), serving.toInt());
+        QVERIFY(w.grid1()->text(1, 1) < w.grid1()->text(2, 1)); // sorted by code
+
+        // A department narrows the list.
+        auto* dept = child<QComboBox>(w, "Combo1");
+        QCOMPARE(dept->itemText(0), QString("(所有部门)"));
+        dept->setCurrentIndex(1);
+        w.CmdQuiry_Click();
+        const QString code = dept->itemText(1).section('\t', 0, 0);
+        QCOMPARE(child<QLabel>(w, "txtQty")->text(),
+                 one(QStringLiteral("select count(*) from tRsBasic where fzt=1 and fBmCode like '%1%'")
+                         .arg(code)) +
+                     "人");
+        dept->setCurrentIndex(0);
+
+        // Counting sex and education: the table, then a chart of the first field.
+        w.cmdCompile_Click();
+        auto* all = child<QListWidget>(w, "lstAll");
+        QCOMPARE(all->count(), 52);
+        for (const char* f : {"性别", "文化程度"}) {
+            all->setCurrentItem(all->findItems(QString::fromUtf8(f), Qt::MatchExactly).first());
+            w.moveItems(true, false);
+        }
+        w.cmdCompileOK_Click();
+        QCOMPARE(w.grid2()->text(1, 1), QString("性别"));
+        QVERIFY(QStringList({"男", "女"}).contains(w.grid2()->text(1, 2)));
+        auto* bars = qobject_cast<QBarSeries*>(w.chart()->chart()->series().value(0));
+        QVERIFY(bars);
+        QCOMPARE(w.chart()->chart()->title(), QString("性别"));
+        double sum = 0;
+        for (int i = 0; i < bars->barSets().first()->count(); ++i)
+            sum += bars->barSets().first()->at(i);
+        QCOMPARE(qint64(sum), serving.toLongLong());
+        child<QCheckBox>(w, "chkPie")->setChecked(true);
+        QVERIFY(qobject_cast<QPieSeries*>(w.chart()->chart()->series().value(0)));
+
+        // Saved as a picture and as a PDF whose labels are text.
+        QTemporaryDir dir;
+        QVERIFY(w.saveChart(dir.filePath("chart.png")));
+        QVERIFY(QImage(dir.filePath("chart.png")).width() > 100);
+        QVERIFY(w.saveChart(dir.filePath("chart.pdf")));
+        QProcess text;
+        text.start("pdftotext", {dir.filePath("chart.pdf"), "-"});
+        QVERIFY(text.waitForFinished());
+        QVERIFY2(QString::fromUtf8(text.readAllStandardOutput()).contains("性别"), "no caption in the PDF");
+        test::saveShot(w, "statistics");
+
+        // The choice stays for the next count; a dictionary too short is refused in words.
+        w.cmdCompile_Click();
+        QCOMPARE(all->count(), 50);
+        exec("delete from RptListDetail where fTable='tRsBasic' and OrderID>40");
+        QVERIFY_THROWS_EXCEPTION(DbError, CountableCaptions());
+    }
+};
+
+ZQ_DB_TEST_MAIN(TestPersonList)
+#include "test_person_list.moc"
