@@ -7,6 +7,11 @@
 #include "shell/SqlText.h"
 
 #include <QHash>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <algorithm>
+#include <optional>
 
 namespace zq {
 
@@ -70,52 +75,187 @@ QStringList CountableCaptions() {
     return captions;
 }
 
-QVector<QStringList> CountTable(const QStringList& captions, const QString& baseCondition) {
-    QVector<QStringList> rows(captions.size() * 2);
-    for (int i = 0; i < captions.size(); ++i) {
-        QString field, caption0;
-        {
-            Recordset rs(conn(), QStringLiteral("select FieldName,FieldName_0 from RptListDetail where "
-                                                "ftable='tRsBasic' and FieldName_0=") +
-                                     quoted(captions.at(i)) + QStringLiteral(" Order by OrderID"));
-            if (rs.eof()) throw DbError(QStringLiteral("字段字典中没有“%1”").arg(captions.at(i)));
-            field = rs.text(0);
-            caption0 = rs.text(1);
+namespace {
+
+// One counted field: its caption, then its values and their counts.
+struct FieldCount {
+    QString caption;
+    QStringList values;
+    QStringList counts;
+};
+
+// The per-value way, in two statements: the values as "select distinct" gives them, and one
+// grouped count standing for the count of each value under the column's own comparison.
+FieldCount countByStatements(const QString& field, const QString& base) {
+    FieldCount f;
+    QVector<QVariant> values;
+    {
+        Recordset rs(conn(), QStringLiteral("select distinct ") + field +
+                                 QStringLiteral(" as t from trsBasic where ") + base);
+        for (; !rs.eof(); rs.moveNext())
+            values << rs.value(0);
+    }
+    QHash<QString, qint64> byValue, folded;
+    if (!values.isEmpty()) {
+        Recordset rs(conn(), QStringLiteral("select ") + field +
+                                 QStringLiteral(",count(*) from trsBasic where ") + base +
+                                 QStringLiteral(" group by ") + field);
+        for (; !rs.eof(); rs.moveNext()) {
+            if (rs.value(0).isNull()) continue; // "= ''" never finds a null
+            byValue.insert(rs.text(0), qint64(rs.val(1)));
+            folded.insert(rs.text(0).toLower(), qint64(rs.val(1)));
         }
-        QStringList& heads = rows[2 * i];
-        QStringList& counts = rows[2 * i + 1];
-        heads << caption0;
-        counts << QString();
-        // The values in the order the database gives them, as the per-value counts took them.
-        QVector<QVariant> values;
-        {
-            Recordset rs(conn(), QStringLiteral("select distinct ") + field +
-                                     QStringLiteral(" as t from trsBasic where ") + baseCondition);
-            for (; !rs.eof(); rs.moveNext())
-                values << rs.value(0);
+    }
+    for (const QVariant& v : values) {
+        const QString value = textOf(v);
+        quoted(value); // a quote fails here, as its count statement did
+        f.values << value;
+        const auto exact = byValue.constFind(value);
+        f.counts << QString::number(exact != byValue.constEnd() ? exact.value()
+                                                                : folded.value(value.toLower()));
+    }
+    return f;
+}
+
+// The file database compares these columns without regard to ASCII case, and orders them so.
+QByteArray nocaseKey(const QString& text) {
+    QByteArray b = text.toUtf8();
+    for (char& c : b)
+        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
+    return b;
+}
+
+// The order in which the file database's "select distinct" meets the rows: the columns of the
+// index it searches by (after the state), then the row id; empty columns for a plain scan. False
+// when its plan is another one, which the statements then follow themselves.
+bool distinctOrder(const QString& field, const QString& base, QStringList& orderColumns) {
+    Recordset plan(conn(), QStringLiteral("explain query plan select distinct ") + field +
+                               QStringLiteral(" as t from trsBasic where ") + base);
+    QString access;
+    for (; !plan.eof(); plan.moveNext()) {
+        const QString detail = plan.text(3);
+        if (detail.startsWith(QStringLiteral("SCAN")) || detail.startsWith(QStringLiteral("SEARCH"))) {
+            if (!access.isEmpty()) return false; // more than one table access
+            access = detail;
         }
-        if (values.isEmpty()) break; // the rest of the table stays blank
-        // One grouped count stands for the count of each value; the groups follow the column's own
-        // comparison, as the equality of those counts did.
-        QHash<QString, qint64> byValue, folded;
-        {
-            Recordset rs(conn(), QStringLiteral("select ") + field +
-                                     QStringLiteral(",count(*) from trsBasic where ") + baseCondition +
-                                     QStringLiteral(" group by ") + field);
-            for (; !rs.eof(); rs.moveNext()) {
-                if (rs.value(0).isNull()) continue; // "= ''" never finds a null
-                byValue.insert(rs.text(0), qint64(rs.val(1)));
-                folded.insert(rs.text(0).toLower(), qint64(rs.val(1)));
+    }
+    orderColumns.clear();
+    if (access.compare(QStringLiteral("SCAN trsBasic"), Qt::CaseInsensitive) == 0) return true;
+    static const QRegularExpression byIndex(
+        QStringLiteral("^SEARCH trsBasic USING INDEX (\\w+) \\(fzt=\\?\\)$"),
+        QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch m = byIndex.match(access);
+    if (!m.hasMatch()) return false;
+    Recordset cols(conn(), QStringLiteral("select name from pragma_index_info(") + quoted(m.captured(1)) +
+                               QStringLiteral(") order by seqno"));
+    for (; !cols.eof(); cols.moveNext())
+        orderColumns << cols.text(0);
+    if (orderColumns.isEmpty() ||
+        orderColumns.first().compare(QStringLiteral("fzt"), Qt::CaseInsensitive) != 0)
+        return false;
+    orderColumns.removeFirst(); // one state: its rows follow the rest of the index
+    return true;
+}
+
+// All fields at once on the file database, from one pass over the rows, in the order its distinct
+// statements would meet them. False when a plan is of another kind.
+bool countInOnePass(const QStringList& fields, const QString& base, QVector<FieldCount>& out) {
+    QStringList order;
+    for (int i = 0; i < fields.size(); ++i) {
+        QStringList o;
+        if (!distinctOrder(fields.at(i), base, o) || (i > 0 && o != order)) return false;
+        order = o;
+    }
+    // Where each value is first met, in the distinct statement's order, and how many persons
+    // equal it; rows are not kept.
+    struct First {
+        QByteArray order;
+        qint64 rowid = 0;
+        QVariant value;
+    };
+    const auto before = [](const First& a, const QByteArray& order, qint64 rowid) {
+        return order != a.order ? order < a.order : rowid < a.rowid;
+    };
+    QVector<QHash<QByteArray, First>> firsts(fields.size());
+    QVector<QHash<QByteArray, qint64>> counts(fields.size());
+    QVector<std::optional<First>> nulls(fields.size());
+    {
+        QStringList columns{QStringLiteral("rowid")};
+        columns += order;
+        columns += fields;
+        Recordset rs(conn(), QStringLiteral("select ") + columns.join(QLatin1Char(',')) +
+                                 QStringLiteral(" from trsBasic NOT INDEXED where ") + base);
+        const int at = 1 + int(order.size());
+        QByteArray key;
+        for (; !rs.eof(); rs.moveNext()) {
+            const qint64 rowid = rs.value(0).toLongLong();
+            key.clear();
+            for (int c = 1; c < at; ++c) {
+                const QVariant v = rs.value(c);
+                // Nulls come first in an index, then the texts without regard to ASCII case.
+                key += v.isNull() ? QByteArray(1, '\x00') : '\x01' + nocaseKey(v.toString()) + '\x00';
+            }
+            for (int f = 0; f < fields.size(); ++f) {
+                const QVariant v = rs.value(at + f);
+                if (v.isNull()) {
+                    if (!nulls[f] || before(*nulls[f], key, rowid)) nulls[f] = First{key, rowid, v};
+                    continue;
+                }
+                const QByteArray k = nocaseKey(v.toString());
+                ++counts[f][k];
+                auto it = firsts[f].find(k);
+                if (it == firsts[f].end())
+                    firsts[f].insert(k, {key, rowid, v});
+                else if (before(it.value(), key, rowid))
+                    it.value() = {key, rowid, v};
             }
         }
-        for (const QVariant& v : values) {
-            const QString value = textOf(v);
+    }
+    for (int f = 0; f < fields.size(); ++f) {
+        QVector<First> values = firsts.at(f).values().toVector();
+        if (nulls.at(f)) values << *nulls.at(f);
+        std::sort(values.begin(), values.end(),
+                  [&](const First& a, const First& b) { return before(b, a.order, a.rowid); });
+        FieldCount fc;
+        for (const First& v : values) {
+            const QString value = textOf(v.value);
             quoted(value); // a quote fails here, as its count statement did
-            heads << value;
-            const auto exact = byValue.constFind(value);
-            counts << QString::number(exact != byValue.constEnd() ? exact.value()
-                                                                  : folded.value(value.toLower()));
+            fc.values << value;
+            fc.counts << QString::number(counts.at(f).value(nocaseKey(value)));
         }
+        out << fc;
+    }
+    return true;
+}
+
+} // namespace
+
+QVector<QStringList> CountTable(const QStringList& captions, const QString& baseCondition) {
+    QStringList fields, captions0;
+    for (const QString& caption : captions) {
+        Recordset rs(conn(), QStringLiteral("select FieldName,FieldName_0 from RptListDetail where "
+                                            "ftable='tRsBasic' and FieldName_0=") +
+                                 quoted(caption) + QStringLiteral(" Order by OrderID"));
+        if (rs.eof()) throw DbError(QStringLiteral("字段字典中没有“%1”").arg(caption));
+        fields << rs.text(0);
+        captions0 << rs.text(1);
+    }
+    QVector<FieldCount> counted;
+    // The file database pays for every pass over the persons; the server's passes are cheap and
+    // its distinct order its own, so it runs the statements.
+    if (conn().dialect().isServer() || !countInOnePass(fields, baseCondition, counted)) {
+        counted.clear();
+        for (int i = 0; i < fields.size(); ++i) {
+            counted << countByStatements(fields.at(i), baseCondition);
+            if (counted.last().values.isEmpty()) break;
+        }
+    }
+    QVector<QStringList> rows(captions.size() * 2);
+    for (int i = 0; i < counted.size(); ++i) {
+        rows[2 * i] << captions0.at(i) << counted.at(i).values;
+        rows[2 * i + 1] << QString() << counted.at(i).counts;
+        // A field without any value ends the table there.
+        if (counted.at(i).values.isEmpty()) break;
     }
     // Blank cells to the widest row used, as one table.
     qsizetype width = 0;

@@ -765,8 +765,17 @@ int ZqGrid::fitPixels(int col) const {
     int px = colWidthPixels(c.width);
     QHeaderView* header = m_view->horizontalHeader();
     const int headMargin = 2 * header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
-    px = std::max(px, header->fontMetrics().horizontalAdvance(c.header) + headMargin + 1);
-    if (!c.widest.isEmpty()) {
+    if (!c.header.isEmpty())
+        px = std::max(px, header->fontMetrics().horizontalAdvance(c.header) + headMargin + 1);
+    // Digits and Chinese characters within the width fit by the unit's making: measuring them all
+    // would cost a grid of many columns (a count by person code) more than its loading.
+    const auto fitsByUnits = [&c] {
+        if (textUnits(c.widest) > c.width) return false;
+        for (const QChar ch : c.widest)
+            if (!ch.isDigit() && ch.unicode() < 0x2E80 && !QStringLiteral("-:. ").contains(ch)) return false;
+        return true;
+    };
+    if (!c.widest.isEmpty() && !fitsByUnits()) {
         const QString line = c.widest.section(QLatin1Char('\n'), 0, 0);
         const int text = m_view->fontMetrics().horizontalAdvance(line) + cellPadding();
         px = std::max(px, std::min(text, colWidthPixels(std::max(c.width, kMaxFitWidth))));
@@ -929,13 +938,18 @@ void ZqGrid::applyColumn(int col) {
     } else {
         m_view->setColumnHidden(col - 1, isColHidden(col));
         // The dictionary's width, or more when the caption or the rows loaded need it.
-        if (c.width > 0) m_view->setColumnWidth(col - 1, fitPixels(col));
+        if (c.width > 0) {
+            const int px = fitPixels(col);
+            if (m_view->columnWidth(col - 1) != px) m_view->setColumnWidth(col - 1, px);
+        }
     }
     m_settingGeometry = was;
 }
 
 void ZqGrid::applyGeometry() {
     m_settingGeometry = true;
+    // New sections take the common width; only the columns that differ are set one by one.
+    m_view->horizontalHeader()->setDefaultSectionSize(std::max(1, colWidthPixels(m_model->m_template.width)));
     for (int c = 0; c <= maxCols(); ++c)
         applyColumn(c);
     setRowHeight(0, m_headerHeight);
