@@ -48,10 +48,12 @@ public:
     void text(const QString& s, double l, double r, int row, int align) {
         PrintTextCell(c, s, l, r, rowTop(row), g.textHeight, g.gap, align);
     }
-    // A label cell: framed, its caption centred.
+    // A label cell: framed, its caption centred; a caption the dictionary made too long for its cell
+    // is wrapped and shrunk into it rather than cut.
     void label(const QString& s, double l, double r, int row) {
         box(l, rowTop(row), r, rowTop(row + 1));
-        text(s, l, r, row, 1);
+        const double width = twipsOf(c, c.metrics(c.font(baseFamily(), kBasePoints)).horizontalAdvance(s));
+        text(s, l, r, row, width > r - l - 48 ? -1 : 1);
     }
     void value(const QString& s, double l, double r, int row) {
         box(l, rowTop(row), r, rowTop(row + 1));

@@ -166,6 +166,15 @@ private slots:
         QVERIFY(writePdf(SheetDocument({QStringLiteral("L001")}, SheetSides::Back), m_pdf));
         QVERIFY(pdfText(m_pdf, 1).contains(longText.left(20)));
 
+        // A caption the dictionary made longer than its cell wraps and shrinks, and comes out whole.
+        const QString caption = QStringLiteral("现在居住的详细地址包括省市区县街道及门牌号码");
+        exec(QStringLiteral(
+                 "update RptListDetail set FieldName_0='%1' where ftable='trsbasic' and FieldName='fxzz'")
+                 .arg(caption));
+        QVERIFY(writePdf(SheetDocument({QStringLiteral("L001")}, SheetSides::Front), m_pdf));
+        const QString front = pdfText(m_pdf, 1);
+        QVERIFY2(front.contains(caption.left(6)) && front.contains(caption.right(6)), qPrintable(front));
+
         // The wrapped cell on its own page: every character comes out, over more than one line.
         struct One : PrintDocument {
             QString text;
