@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QFileInfo>
+#include <QLabel>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QSqlError>
@@ -154,6 +155,23 @@ private slots:
         QVERIFY(pdfText(m_pdf, 3).contains(QStringLiteral("欧阳建国")));
         QVERIFY(pdfText(m_pdf, 5).contains(QStringLiteral("无照片")));
         QCOMPARE(pdfImages(m_pdf), 2);
+        // As pictures: the photo's cell (top right of the head block) is painted for the first person
+        // and left white for the one without a photo.
+        const auto photoInk = [&](int page) {
+            const QString prefix = m_dir.filePath(QStringLiteral("pic%1").arg(page));
+            run(QStringLiteral("pdftoppm"),
+                {QStringLiteral("-r"), QStringLiteral("30"), QStringLiteral("-f"), QString::number(page),
+                 QStringLiteral("-l"), QString::number(page), QStringLiteral("-singlefile"),
+                 QStringLiteral("-png"), m_pdf, prefix});
+            const QImage img(prefix + QStringLiteral(".png"));
+            int ink = 0;
+            for (int y = img.height() * 35 / 297; y < img.height() * 58 / 297; ++y)
+                for (int x = img.width() * 168 / 210; x < img.width() * 188 / 210; ++x)
+                    ink += qGray(img.pixel(x, y)) < 200;
+            return ink;
+        };
+        const int with = photoInk(1), without = photoInk(5);
+        QVERIFY2(with > 30 && without == 0, qPrintable(QStringLiteral("%1 %2").arg(with).arg(without)));
     }
 
     // Text wider than its cell: a value keeps its size on one line, a wrapped cell shrinks into it.
@@ -222,6 +240,13 @@ private slots:
         frmRs_PersonPnt screen;
         screen.load();
         QCOMPARE(screen.personCode(), QStringLiteral("S001"));
+        // Dragging the page moves it by the distance dragged.
+        auto* paper = screen.findChild<QLabel*>(QStringLiteral("picPaper"));
+        QVERIFY(!paper->pixmap().isNull());
+        const QPoint at = paper->pos();
+        QTest::mousePress(paper, Qt::LeftButton, {}, QPoint(50, 50));
+        QTest::mouseRelease(paper, Qt::LeftButton, {}, QPoint(20, 10));
+        QCOMPARE(paper->pos(), at + QPoint(-30, -40));
         QVERIFY(screen.findChild<QRadioButton*>(QStringLiteral("optPaper1"))->isChecked());
         QCOMPARE(screen.PrintPage, 1);
         screen.findChild<QRadioButton*>(QStringLiteral("optPaper0"))->setChecked(true);
