@@ -346,7 +346,11 @@ private slots:
         PrintOutput::setPdfPath(pdf);
         frmRs_Person w;
         w.show();
+        // The sheet of the person in hand opens from the print menu.
         QVERIFY(child<QAction>(w, QStringLiteral("mnuPntDoc"))->isEnabled());
+        QCOMPARE(G().CurPersonCode, QStringLiteral("001"));
+        trigger(w, "mnuPntDoc");
+        QCOMPARE(opened, QStringList{QStringLiteral("frmRs_PersonPnt")});
         trigger(w, "mnuPntDocList");
         QCOMPARE(test::pdfPages(pdf), 4);
         QVERIFY(test::pdfText(pdf, 1).contains("张三"));
