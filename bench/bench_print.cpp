@@ -4,6 +4,7 @@
 // with a suffix), each person given a photo.
 
 #include "Bench.h"
+#include "PrintScratch.h"
 
 #include "admin/Demo.h"
 #include "printing/Print.h"
@@ -24,11 +25,10 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 
-namespace {
+namespace zq::bench::print {
 
 using zq::ConnectionSettings;
 using zq::DbError;
-using zq::bench::Context;
 
 constexpr int kCards = 1000;
 const QString kRaw = QStringLiteral("zqbench_print_raw");
@@ -80,26 +80,31 @@ void prepare(Context& c) {
     raw.commit();
 }
 
-// conn() on the card database for the length of a run.
-class OnScratch {
-public:
-    explicit OnScratch(const Context& c)
-        : m_back(zq::conn().settings())
-        , m_items(zq::G().CompanyItems) {
-        zq::conn().close();
-        zq::conn().open(scratch(c));
-        zq::LoadCompany();
-    }
-    ~OnScratch() {
-        zq::G().CompanyItems = m_items;
-        zq::conn().close();
-        zq::conn().open(m_back);
-    }
+OnScratch::OnScratch(const Context& c)
+    : m_back(zq::conn().settings())
+    , m_items(zq::G().CompanyItems) {
+    zq::conn().close();
+    zq::conn().open(scratch(c));
+    zq::LoadCompany();
+}
 
-private:
-    ConnectionSettings m_back;
-    QStringList m_items;
-};
+OnScratch::~OnScratch() {
+    zq::G().CompanyItems = m_items;
+    zq::conn().close();
+    zq::conn().open(m_back);
+}
+
+QSqlDatabase rawDatabase() {
+    return QSqlDatabase::database(kRaw);
+}
+
+} // namespace zq::bench::print
+
+namespace {
+
+using zq::DbError;
+using zq::bench::Context;
+using namespace zq::bench::print;
 
 void printCards(Context& c) {
     const OnScratch on(c);
@@ -119,7 +124,7 @@ void printCards(Context& c) {
 
 // The floor: the same rows read whole through the bare driver and every photo decoded.
 void readAndDecode(Context&) {
-    QSqlQuery q(QSqlDatabase::database(kRaw));
+    QSqlQuery q(rawDatabase());
     q.setForwardOnly(true);
     if (!q.exec(QStringLiteral("select * from tRsBasic Order by fCode"))) throw DbError(q.lastError().text());
     const int columns = q.record().count();

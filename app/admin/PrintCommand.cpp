@@ -1,9 +1,12 @@
 #include "PrintCommand.h"
 
 #include "DemoAdmin.h"
+#include "printing/PersonSheetData.h"
 #include "printing/Print.h"
 #include "printing/PrintOutput.h"
+#include "printing/SheetDocument.h"
 #include "printing/TableDocument.h"
+#include "resources/Texts.h"
 #include "services/FieldDictionary.h"
 #include "shell/Company.h"
 #include "shell/Connection.h"
@@ -30,6 +33,8 @@ const char* kUsage =
     "                         [--filter COND] [--template RsCard --sheet RsCard_01] --pdf OUT.pdf\n"
     "  zqrs-admin print grid  (--db FILE | --server ...) --table TABLE --fields f1,f2,...\n"
     "                         [--filter COND] [--title TITLE] --pdf OUT.pdf\n"
+    "  zqrs-admin print sheet (--db FILE | --server ...) [--filter COND] --pdf OUT.pdf\n"
+    "                         个人简历, 每人正反两面, 按员工编号排序\n"
     "  表和字段须在字段字典中; 过滤条件只能用该表的字段、值、比较和 and or not like in is null\n"
     "  between lower upper trim length substr。\n";
 
@@ -133,6 +138,37 @@ void checkFilter(const QString& filter, const QSet<QString>& columns) {
 
 // A grid print of one table: captions from the field dictionary, widths from the field sizes there.
 // Table, fields and filter have been checked against the dictionary.
+// Reports the pages written, one line every so often, on the error stream.
+class LineProgress : public PrintProgress {
+public:
+    explicit LineProgress(QTextStream& err)
+        : m_err(err) {}
+    void begin(const QString&, int total) override { m_total = total; }
+    bool step(int done, const QString& text) override {
+        if (done % 200 == 0 || done == m_total) m_err << text << "\n" << Qt::flush;
+        return true;
+    }
+    void end() override {}
+
+private:
+    QTextStream& m_err;
+    int m_total = 0;
+};
+
+// The record sheets of every person the filter selects, in code order, both sides each.
+bool printSheets(const QString& filter, QTextStream& err) {
+    const QStringList codes = SheetCodes(filter);
+    if (codes.isEmpty()) {
+        ShowMsg(LoadText(148), vbInformation);
+        return false;
+    }
+    err << QStringLiteral("个人简历 %1 人, %2 页").arg(codes.size()).arg(codes.size() * 2) << "\n";
+    installPrintProgress(std::make_shared<LineProgress>(err));
+    const bool done = PrintOutput::run(SheetDocument(codes));
+    installPrintProgress(nullptr);
+    return done;
+}
+
 bool printTable(const QString& table, const QStringList& fields, const QString& filter,
                 const QString& title) {
     TableData data;
@@ -194,7 +230,8 @@ int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
         err << "zqrs-admin: " << error << "\n" << kUsage;
         return Usage;
     }
-    if ((what != QLatin1String("cards") && what != QLatin1String("grid")) || !parser.isSet(pdf)) {
+    if ((what != QLatin1String("cards") && what != QLatin1String("grid") && what != QLatin1String("sheet")) ||
+        !parser.isSet(pdf)) {
         err << kUsage;
         return Usage;
     }
@@ -212,7 +249,12 @@ int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
         makeReadOnly(conn()); // every statement of the print: the engine refuses a write
         LoadCompany();
         const QString cond = parser.value(filter).trimmed();
-        if (what == QLatin1String("cards")) {
+        if (what == QLatin1String("sheet")) {
+            checkFilter(cond, filterColumns(QStringLiteral("tRsBasic")));
+            PrintOutput::setPdfPath(out_pdf);
+            QFile::remove(out_pdf);
+            printSheets(cond, err);
+        } else if (what == QLatin1String("cards")) {
             checkFilter(cond, filterColumns(QStringLiteral("tRsBasic")));
             PrintOutput::setPdfPath(out_pdf);
             QFile::remove(out_pdf);

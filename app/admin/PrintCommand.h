@@ -5,7 +5,7 @@
 
 namespace zq::admin {
 
-// zqrs-admin print cards|grid ...: prints without opening the program, straight to a PDF file.
+// zqrs-admin print cards|grid|sheet ...: prints without opening the program, straight to a PDF file.
 // A QApplication must exist (the print engine draws with the toolkit's fonts).
 int runPrint(const QStringList& args, QTextStream& out, QTextStream& err);
 

@@ -33,6 +33,17 @@ constexpr BasicField kFields[kBasicFields] = {
     {"shoecode", 20}, {"unit", 40},
 };
 
+const char* const kCaptions[kBasicFields] = {
+    "员工编号",     "姓名",         "性别",       "出生日期",     "民族",     "婚否",
+    "户籍所在地",   "身份证号码",   "籍贯",       "政治面貌",     "现住址",   "职员类别",
+    "家庭电话",     "文化程度",     "专业",       "毕业学校",     "外语",     "外语水平",
+    "职称",         "职称评定时间", "现任职务",   "特长",         "银行帐号", "班组",
+    "工资级别",     "受聘时间",     "现属部门",   "身份证有效期", "身体状况", "暂住证号码",
+    "暂住证有效期", "合同签定时间", "合同有效期", "BP机号码",     "手机号码", "毕业时间",
+    "参加工作时间", "分公司",       "辞退时间",   "辞退原因",     "聘期",     "来费发放时间",
+    "探费发放时间", "经过安全教育", "联营单位",   "担保人",       "住宿条件", "住宿",
+    "房号",         "体型",         "其他",       "单位"};
+
 // The combo columns in the order the insert lists them after the text boxes.
 constexpr int kComboOrder[] = {2, 11, 47, 26, -1, 20, 5, 24, 23, 37};
 
@@ -49,6 +60,10 @@ const QStringList& BasicColumns() {
         return l;
     }();
     return names;
+}
+
+QString BasicCaption(int index) {
+    return index >= 0 && index < kBasicFields ? QString::fromUtf8(kCaptions[index]) : QString();
 }
 
 int BasicFieldMax(int index) {

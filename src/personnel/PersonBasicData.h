@@ -10,6 +10,8 @@ namespace zq {
 // The 52 leading columns of tRsBasic, in the order the master record screen addresses them.
 constexpr int kBasicFields = 52;
 const QStringList& BasicColumns();
+// The caption the screen's label of each column shows before the dictionary names it.
+QString BasicCaption(int index);
 // Entry limit of each of the 52 (0 for a combo box).
 int BasicFieldMax(int index);
 // The nine columns that a combo box stands for instead of a text box.

@@ -62,6 +62,14 @@ QString PersonListSql(const QString& gridFieldList, const QString& condition, bo
            QStringLiteral(" Where ") + condition + QStringLiteral(" order by a.fcode");
 }
 
+QStringList PersonListCodes(const QString& condition, bool joinDetail) {
+    QStringList codes;
+    for (Recordset rs(conn(), PersonListSql(QStringLiteral("fCode"), condition, joinDetail)); !rs.eof();
+         rs.moveNext())
+        codes << rs.text(0);
+    return codes;
+}
+
 QString DetailCardSql(const QString& condition) {
     return QStringLiteral("Select a.*,b.fRsDetail1,b.fRsDetail2,b.fRsDetail3,b.fRsDetail4 from trsbasic a ") +
            QStringLiteral(" Left Join tRsDetail b On a.fCode=b.fCode ") + QStringLiteral(" Where ") +

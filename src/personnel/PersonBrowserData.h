@@ -27,6 +27,8 @@ QString PersonListCondition(int rsState, const QString& deptCode, const QString&
                             const QString& detailCondition, const QString& preset = QString());
 // The statement of the list: the grid's fields (comma list) under the condition, in code order.
 QString PersonListSql(const QString& gridFieldList, const QString& condition, bool joinDetail);
+// The codes of the persons the list shows under a condition, in its order.
+QStringList PersonListCodes(const QString& condition, bool joinDetail);
 
 // The statement the cards of other particulars print: the list's persons with their tRsDetail texts.
 QString DetailCardSql(const QString& condition);

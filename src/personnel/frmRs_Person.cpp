@@ -3,6 +3,9 @@
 #include "PersonBrowserData.h"
 
 #include "printing/Print.h"
+#include "printing/PrintOutput.h"
+#include "printing/SheetDocument.h"
+#include "resources/Texts.h"
 #include "services/InputAids.h"
 #include "services/Lookups.h"
 #include "services/ui/BriefDialog.h"
@@ -139,6 +142,8 @@ void frmRs_Person::buildControls() {
     m_mnuPnt->setObjectName(QStringLiteral("mnuPnt"));
     QAction* pntDoc = action(m_mnuPnt, "mnuPntDoc", QStringLiteral("人事档案打印"));
     pntDoc->setEnabled(hasForm(QStringLiteral("frmRs_PersonPnt")));
+    QAction* pntDocList = action(m_mnuPnt, "mnuPntDocList", QStringLiteral("列表人员档案打印"));
+    pntDocList->setEnabled(pntDoc->isEnabled());
     QAction* pntCard = action(m_mnuPnt, "mnuPntCard", QStringLiteral("职工卡打印"));
     QAction* pntOther = action(m_mnuPnt, "mnuPntOther", QStringLiteral("其它资料打印"));
     QAction* pntList = action(m_mnuPnt, "mnuPntList", QStringLiteral("职工列表打印"));
@@ -224,6 +229,7 @@ void frmRs_Person::buildControls() {
     wire(seek1, &frmRs_Person::mnuRsSeek1_Click);
     wire(seek2, &frmRs_Person::mnuRsSeek2_Click);
     wire(pntDoc, &frmRs_Person::mnuPntDoc_Click);
+    wire(pntDocList, &frmRs_Person::mnuPntDocList_Click);
     wire(pntCard, &frmRs_Person::mnuPntCard_Click);
     wire(pntOther, &frmRs_Person::mnuPntOther_Click);
     wire(pntList, &frmRs_Person::mnuPntList_Click);
@@ -756,6 +762,17 @@ bool frmRs_Person::eventFilter(QObject* watched, QEvent* event) {
 void frmRs_Person::mnuPntDoc_Click() {
     if (needPerson(QStringLiteral("请选择员工。"), vbExclamation)) return;
     openForm(QStringLiteral("frmRs_PersonPnt"), this, {{QStringLiteral("OutputMode"), 2}});
+}
+
+void frmRs_Person::mnuPntDocList_Click() {
+    // Every person of the list: the preview pages through them, and its print or PDF shows a
+    // progress bar that can be cancelled.
+    const QStringList codes = PersonListCodes(listCondition(), !m_detailCondition.isEmpty());
+    if (codes.isEmpty()) {
+        ShowMsg(LoadText(148), vbInformation);
+        return;
+    }
+    PrintOutput::run(SheetDocument(codes));
 }
 
 void frmRs_Person::mnuPntCard_Click() {

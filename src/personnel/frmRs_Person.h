@@ -70,6 +70,7 @@ public:
     void mnuRsSeek1_Click();
     void mnuRsSeek2_Click();
     void mnuPntDoc_Click();
+    void mnuPntDocList_Click();
     void mnuPntCard_Click();
     void mnuPntOther_Click();
     void mnuPntList_Click();

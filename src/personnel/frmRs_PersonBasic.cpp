@@ -38,17 +38,6 @@ const QString kTitle = QStringLiteral("人事管理");
 const QString kTable = QStringLiteral("tRsBasic");
 
 // Captions until the field dictionary gives its own.
-const char* const kCaptions[kBasicFields] = {
-    "员工编号",     "姓名",         "性别",       "出生日期",     "民族",     "婚否",
-    "户籍所在地",   "身份证号码",   "籍贯",       "政治面貌",     "现住址",   "职员类别",
-    "家庭电话",     "文化程度",     "专业",       "毕业学校",     "外语",     "外语水平",
-    "职称",         "职称评定时间", "现任职务",   "特长",         "银行帐号", "班组",
-    "工资级别",     "受聘时间",     "现属部门",   "身份证有效期", "身体状况", "暂住证号码",
-    "暂住证有效期", "合同签定时间", "合同有效期", "BP机号码",     "手机号码", "毕业时间",
-    "参加工作时间", "分公司",       "辞退时间",   "辞退原因",     "聘期",     "来费发放时间",
-    "探费发放时间", "经过安全教育", "联营单位",   "担保人",       "住宿条件", "住宿",
-    "房号",         "体型",         "其他",       "单位"};
-
 constexpr int kDateFields[] = {3, 25};
 constexpr int kFieldColumns = 3; // label/field pairs a row
 
@@ -140,7 +129,7 @@ void frmRs_PersonBasic::buildUi() {
     fields->setHorizontalSpacing(6);
     fields->setVerticalSpacing(4);
     for (int i = 0; i < kBasicFields; ++i) {
-        auto* label = new QLabel(QString::fromUtf8(kCaptions[i]), this);
+        auto* label = new QLabel(BasicCaption(i), this);
         label->setObjectName(QStringLiteral("Label2(%1)").arg(i));
         label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         label->installEventFilter(this);

@@ -1,4 +1,5 @@
 #include "AdminTest.h"
+#include "PdfTools.h"
 
 #include "admin/Demo.h"
 #include "admin/DemoAdmin.h"
@@ -75,6 +76,26 @@ private slots:
         QVERIFY2(QFileInfo::exists(m_pdf), qPrintable(err));
     }
 
+    // The record sheets: both sides of each person the filter selects, in code order, with progress.
+    void sheetsOfTheSelectedPersons() {
+        const QStringList before = guarded();
+        const int persons = int(count("select count(*) from tRsBasic where fzt=1 and fBmCode like '01%'"));
+        QVERIFY(persons > 0);
+        QString err;
+        QCOMPARE(print({"sheet", "--filter", "fzt=1 and fBmCode like '01%'"}, &err), int(admin::Ok));
+        QCOMPARE(test::pdfPages(m_pdf), 2 * persons);
+        QVERIFY2(err.contains(QStringLiteral("第 %1 页 共 %1 页").arg(2 * persons)), qPrintable(err));
+        Recordset first(
+            conn(), "select fCode, fName from tRsBasic where fzt=1 and fBmCode like '01%' order by fCode");
+        QVERIFY(test::pdfText(m_pdf, 1).contains(first.text(1)));
+        QCOMPARE(guarded(), before);
+
+        // Nothing selected: nothing printed, and the reason given.
+        QCOMPARE(print({"sheet", "--filter", "fzt=99"}, &err), int(admin::Failed));
+        QVERIFY2(err.contains(QStringLiteral("未有可供打印的数据记录")), qPrintable(err));
+        QVERIFY(!QFileInfo::exists(m_pdf));
+    }
+
     void outsideTheDictionaryIsRefused_data() {
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<QString>("message");
@@ -112,6 +133,8 @@ private slots:
                 << "过滤条件中不能有";
             QTest::newRow(qPrintable(QStringLiteral("cards: ") + f))
                 << QStringList{"cards", "--filter", f} << "过滤条件中不能有";
+            QTest::newRow(qPrintable(QStringLiteral("sheet: ") + f))
+                << QStringList{"sheet", "--filter", f} << "过滤条件中不能有";
         }
     }
 

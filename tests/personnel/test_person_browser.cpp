@@ -18,6 +18,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
@@ -335,6 +336,38 @@ private slots:
         QVERIFY2(text.contains("员工名单") && text.contains("李四") && text.contains("在职"),
                  qPrintable(text));
         QVERIFY(!text.contains("王五"));
+    }
+
+    // The record sheets of the whole list: both sides of each person shown, in code order; a cancel
+    // at the progress bar leaves no file.
+    void printsTheSheetsOfTheList() {
+        QTemporaryDir dir;
+        const QString pdf = dir.filePath(QStringLiteral("sheets.pdf"));
+        PrintOutput::setPdfPath(pdf);
+        frmRs_Person w;
+        w.show();
+        // The sheet of the person in hand opens from the print menu.
+        QVERIFY(child<QAction>(w, QStringLiteral("mnuPntDoc"))->isEnabled());
+        QCOMPARE(G().CurPersonCode, QStringLiteral("001"));
+        trigger(w, "mnuPntDoc");
+        QCOMPARE(opened, QStringList{QStringLiteral("frmRs_PersonPnt")});
+        trigger(w, "mnuPntDocList");
+        QCOMPARE(test::pdfPages(pdf), 4);
+        QVERIFY(test::pdfText(pdf, 1).contains("张三"));
+        QVERIFY(test::pdfText(pdf, 3).contains("李四"));
+        QVERIFY(!test::pdfText(pdf).contains("王五"));
+
+        struct Cancel : PrintProgress {
+            void begin(const QString&, int) override {}
+            bool step(int, const QString&) override { return false; }
+            void end() override {}
+        };
+        QFile::remove(pdf);
+        installPrintProgress(std::make_shared<Cancel>());
+        trigger(w, "mnuPntDocList");
+        installPrintProgress(nullptr);
+        PrintOutput::setPdfPath(QString());
+        QVERIFY(!QFileInfo::exists(pdf));
     }
 
     void rightsAreRefused() {

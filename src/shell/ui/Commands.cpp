@@ -16,6 +16,7 @@
 #include "personnel/frmRs_PersonTrain.h"
 #include "personnel/frmRs_PersonWork.h"
 #include "printing/frmRs_list.h"
+#include "printing/frmRs_PersonPnt.h"
 #include "printing/frmRs_RptSet.h"
 #include "printing/Print.h"
 #include "shell/Globals.h"
@@ -105,6 +106,7 @@ void registerScreens() {
                     [] { return new frmBg_Report; });
     registerScreen<frmRs_RptSet>("frmRs_RptSet");
     registerScreen<frmRs_list>("frmRs_list");
+    registerScreen<frmRs_PersonPnt>("frmRs_PersonPnt");
 
     // The two card keys print at once instead of showing a screen, the supervisor's way (3) or
     // the user's (1).
