@@ -228,6 +228,53 @@ bool countInOnePass(const QStringList& fields, const QString& base, QVector<Fiel
     return true;
 }
 
+// On the server: the values of each field as its distinct statement gives them (their order is the
+// server's own), and the counts of all fields from one grouped pass, each group the persons equal
+// to its value under the column's comparison.
+void countInGroupingSets(const QStringList& fields, const QString& base, QVector<FieldCount>& out) {
+    const int n = int(fields.size());
+    QVector<QVector<QVariant>> values(n);
+    int counted = 0;
+    for (; counted < n; ++counted) {
+        Recordset rs(conn(), QStringLiteral("select distinct ") + fields.at(counted) +
+                                 QStringLiteral(" as t from trsBasic where ") + base);
+        for (; !rs.eof(); rs.moveNext())
+            values[counted] << rs.value(0);
+        if (values.at(counted).isEmpty()) break; // the fields after it are not counted
+    }
+    QStringList sets, flags;
+    for (const QString& f : fields) {
+        sets << QLatin1Char('(') + f + QLatin1Char(')');
+        flags << QStringLiteral("grouping(") + f + QLatin1Char(')');
+    }
+    QVector<QHash<QString, qint64>> counts(n);
+    if (counted > 0) {
+        Recordset rs(conn(), QStringLiteral("select ") + fields.join(QLatin1Char(',')) +
+                                 QStringLiteral(",count(*),") + flags.join(QLatin1Char(',')) +
+                                 QStringLiteral(" from trsBasic where ") + base +
+                                 QStringLiteral(" group by grouping sets (") + sets.join(QLatin1Char(',')) +
+                                 QLatin1Char(')'));
+        for (; !rs.eof(); rs.moveNext()) {
+            int f = 0;
+            while (f < n && rs.val(n + 1 + f) != 0)
+                ++f;
+            if (f == n || rs.value(f).isNull()) continue; // "= ''" never finds a null
+            counts[f].insert(rs.text(f).toLower(), qint64(rs.val(n)));
+        }
+    }
+    for (int f = 0; f < n && f <= counted; ++f) {
+        FieldCount fc;
+        for (const QVariant& v : values.at(f)) {
+            const QString value = textOf(v);
+            quoted(value); // a quote fails here, as its count statement did
+            fc.values << value;
+            fc.counts << QString::number(counts.at(f).value(value.toLower()));
+        }
+        out << fc;
+        if (fc.values.isEmpty()) break;
+    }
+}
+
 } // namespace
 
 QVector<QStringList> CountTable(const QStringList& captions, const QString& baseCondition) {
@@ -241,9 +288,10 @@ QVector<QStringList> CountTable(const QStringList& captions, const QString& base
         captions0 << rs.text(1);
     }
     QVector<FieldCount> counted;
-    // The file database pays for every pass over the persons; the server's passes are cheap and
-    // its distinct order its own, so it runs the statements.
-    if (conn().dialect().isServer() || !countInOnePass(fields, baseCondition, counted)) {
+    // Every pass over the persons costs: one pass for all fields where the engine allows it.
+    if (conn().dialect().isServer())
+        countInGroupingSets(fields, baseCondition, counted);
+    else if (!countInOnePass(fields, baseCondition, counted)) {
         counted.clear();
         for (int i = 0; i < fields.size(); ++i) {
             counted << countByStatements(fields.at(i), baseCondition);
