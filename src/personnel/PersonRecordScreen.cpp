@@ -74,12 +74,12 @@ bool PersonRecordScreen::editing() const {
     return G().PersonEditMode != 0;
 }
 
-ZqGrid* PersonRecordScreen::addGrid(const SubGrid& spec, const QString& gridName, const QString& labelName) {
+ZqGrid* PersonRecordScreen::addGrid(const SubGrid& def, const QString& gridName, const QString& labelName) {
     Part p;
-    p.spec = spec;
+    p.def = def;
     p.grid = new ZqGrid(this);
     p.grid->setObjectName(gridName);
-    p.title = new QLabel(spec.title, this);
+    p.title = new QLabel(def.title, this);
     p.title->setObjectName(labelName);
     // One grid has cmdInsert and cmdDelete; a second turns the names of both pairs numbered.
     const int n = m_parts.size() + 1;
@@ -118,7 +118,7 @@ void PersonRecordScreen::pairHeaders(int a, int b) {
 void PersonRecordScreen::addTypedGrids(const QString& table, const QString& fieldList,
                                        const QVector<SubColumn>& before, const QVector<SubColumn>& after,
                                        const QString& titleBefore, const QString& titleAfter) {
-    const auto spec = [&](const QVector<SubColumn>& cols, int type, const QString& title) {
+    const auto grid = [&](const QVector<SubColumn>& cols, int type, const QString& title) {
         SubGrid g(table, fieldList, QStringLiteral("fType=%1").arg(type), cols, true, title);
         g.columns.append({QStringLiteral("fType"), QString(), 0, 0, true});
         g.type = type;
@@ -126,14 +126,14 @@ void PersonRecordScreen::addTypedGrids(const QString& table, const QString& fiel
         g.logCaption = type == 1 ? windowTitle() : QString();
         return g;
     };
-    addGrid(spec(before, 0, titleBefore), QStringLiteral("Grid1"), QStringLiteral("Label1(4)"));
-    addGrid(spec(after, 1, titleAfter), QStringLiteral("Grid2"), QStringLiteral("Label1(0)"));
+    addGrid(grid(before, 0, titleBefore), QStringLiteral("Grid1"), QStringLiteral("Label1(4)"));
+    addGrid(grid(after, 1, titleAfter), QStringLiteral("Grid2"), QStringLiteral("Label1(0)"));
     pairHeaders(0, 1);
 }
 
 void PersonRecordScreen::setUpGrid(Part& p) {
     ZqGrid* g = p.grid;
-    const QVector<SubColumn>& cols = p.spec.columns;
+    const QVector<SubColumn>& cols = p.def.columns;
     g->setMaxCols(int(cols.size()));
     g->setMaxRows(0);
     g->setColWidth(0, 3);
@@ -143,8 +143,8 @@ void PersonRecordScreen::setUpGrid(Part& p) {
         const SubColumn& col = cols.at(c - 1);
         // The dictionary names a column when it has a row for it; the design caption otherwise.
         QString caption = col.header;
-        if (p.spec.askCaptions && !p.spec.headerTable.isEmpty()) {
-            const QString named = GetFieldCaption(p.spec.headerTable, col.field);
+        if (p.def.askCaptions && !p.def.headerTable.isEmpty()) {
+            const QString named = GetFieldCaption(p.def.headerTable, col.field);
             if (named != QStringLiteral("\t")) caption = named;
         }
         g->setHeaderText(c, caption);
@@ -154,12 +154,12 @@ void PersonRecordScreen::setUpGrid(Part& p) {
         g->setColHidden(c, col.hidden || col.width <= 0);
     }
     g->setAppendOnEnter(true);
-    g->setAppendOnDown(p.spec.appendOnDown);
+    g->setAppendOnDown(p.def.appendOnDown);
 }
 
 void PersonRecordScreen::headerDblClick(int part, int col, int row) {
     Part& p = m_parts[part];
-    if (EditGridHeader(col, row, *p.grid, p.spec.headerTable) != -1) return;
+    if (EditGridHeader(col, row, *p.grid, p.def.headerTable) != -1) return;
     if (p.partner >= 0) m_parts[p.partner].grid->setHeaderText(col, p.grid->headerText(col));
 }
 
@@ -178,7 +178,7 @@ void PersonRecordScreen::load() {
     m_labName->setText(m_name);
     const bool edit = editing();
     for (Part& p : m_parts) {
-        LoadGridRows(p.spec.table, p.spec.fieldList, *p.grid, p.spec.condition);
+        LoadGridRows(p.def.table, p.def.fieldList, *p.grid, p.def.condition);
         p.grid->setReadOnly(!edit);
         p.insert->setEnabled(edit);
         p.remove->setEnabled(edit);
@@ -191,15 +191,15 @@ void PersonRecordScreen::load() {
 bool PersonRecordScreen::saveGrid(int i) {
     const Part& p = m_parts.at(i);
     // The hidden type column travels with the rows of its grid.
-    if (p.spec.type >= 0)
+    if (p.def.type >= 0)
         for (int r = 1; r <= p.grid->maxRows(); ++r)
-            p.grid->setText(r, p.grid->maxCols(), QString::number(p.spec.type));
-    if (SaveGridRows(p.spec.table, p.spec.fieldList, *p.grid, p.spec.condition) == -1) {
-        if (!p.spec.logCaption.isEmpty()) logSaved(p.spec.logCaption);
+            p.grid->setText(r, p.grid->maxCols(), QString::number(p.def.type));
+    if (SaveGridRows(p.def.table, p.def.fieldList, *p.grid, p.def.condition) == -1) {
+        if (!p.def.logCaption.isEmpty()) logSaved(p.def.logCaption);
         return true;
     }
     // Nothing of this grid was stored; the rows stay on screen for another try.
-    ShowMsg(SaveErrorText() + QStringLiteral("\n\n") + p.spec.title + QStringLiteral(": ") +
+    ShowMsg(SaveErrorText() + QStringLiteral("\n\n") + p.def.title + QStringLiteral(": ") +
                 LastGridSaveError(),
             vbExclamation, windowTitle());
     return false;
@@ -230,7 +230,7 @@ void PersonRecordScreen::buildPrintPanel() {
     layout->addWidget(new QLabel(QStringLiteral("打印内容:"), m_printPanel));
     QStringList options;
     for (const Part& p : m_parts)
-        options << p.spec.title;
+        options << p.def.title;
     options += m_extraPrint;
     for (int i = 0; i < options.size(); ++i) {
         auto* check = new QCheckBox(options.at(i), m_printPanel);

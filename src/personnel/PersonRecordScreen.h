@@ -82,7 +82,7 @@ protected:
     // Adds a grid under its title; with two grids the buttons are numbered (cmdInsert1, ...).
     // labelName names the title label ("Label1(4)"). A partner grid gets the captions this grid's
     // header double click renames.
-    ZqGrid* addGrid(const SubGrid& spec, const QString& gridName, const QString& labelName);
+    ZqGrid* addGrid(const SubGrid& def, const QString& gridName, const QString& labelName);
     void pairHeaders(int a, int b);
     // The two grids of a history kept in one table by fType: 0 before the hire (Grid1, under
     // Label1(4)), 1 after it (Grid2, under Label1(0)). The last field is fType, hidden; a header
@@ -122,7 +122,7 @@ protected:
 
 private:
     struct Part {
-        SubGrid spec;
+        SubGrid def;
         ZqGrid* grid = nullptr;
         QLabel* title = nullptr;
         QPushButton* insert = nullptr;
