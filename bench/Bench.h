@@ -54,6 +54,9 @@ using Step = std::function<void(Context&)>;
 bool add(const QString& name, Step run, Step baseline = {}, Step prepare = {});
 const std::vector<Operation>& operations();
 
+// The register's grid fields as the dictionary selects them, comma-joined, for the baselines.
+QString gridFields();
+
 // Runs a statement on the bare driver and reads every row and column; gives the rows read. A
 // failing statement stops the benchmark.
 qint64 readAll(QSqlDatabase& db, const QString& sql);

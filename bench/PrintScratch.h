@@ -15,6 +15,9 @@ QString pdfPath(const Context& c);
 void prepare(Context& c);
 // The bare driver's connection on it, for the baselines.
 QSqlDatabase rawDatabase();
+// The floor of printing persons: every column of every person read through the bare driver, in
+// code order, and every photo decoded.
+void readPersonsAndPhotos();
 
 // conn() on the scratch database for the length of a run.
 class OnScratch {

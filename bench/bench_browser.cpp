@@ -17,17 +17,6 @@ namespace {
 
 using zq::bench::Context;
 
-// The grid's fields as the dictionary selects them, for the baselines.
-QString gridFields() {
-    zq::Recordset rs(zq::conn(),
-                     QStringLiteral("select FieldName from RptListDetail where fTable='tRsBasic' and "
-                                    "FieldSelected=1 order by FieldID"));
-    QStringList f;
-    for (; !rs.eof(); rs.moveNext())
-        f << rs.text(0);
-    return f.join(QLatin1Char(','));
-}
-
 void openBrowser(Context&) {
     zq::frmRs_Person w;
     w.setRsState(1);
@@ -43,7 +32,7 @@ void openBaseline(Context& c) {
                                       "Order by fcode"));
     zq::bench::readAll(c.raw,
                        QStringLiteral("select fbmcode,count(*) from trsbasic where fzt=1 group by fbmcode"));
-    zq::bench::readAll(c.raw, QStringLiteral("select ") + gridFields() +
+    zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() +
                                   QStringLiteral(" from trsbasic where fzt=1 order by fcode"));
     if (!rssPrinted) {
         // The browser has been opened (and the baseline read) by now: the peak of both.
@@ -82,7 +71,7 @@ void clickDept(Context&) {
 
 void clickBaseline(Context& c) {
     const QString code = browser()->treeDeptCode();
-    zq::bench::readAll(c.raw, QStringLiteral("select ") + gridFields() +
+    zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() +
                                   QStringLiteral(" from trsbasic where fzt=1 and fbmcode like '") + code +
                                   QStringLiteral("%' order by fcode"));
 }

@@ -98,6 +98,20 @@ QSqlDatabase rawDatabase() {
     return QSqlDatabase::database(kRaw);
 }
 
+void readPersonsAndPhotos() {
+    QSqlQuery q(rawDatabase());
+    q.setForwardOnly(true);
+    if (!q.exec(QStringLiteral("select * from tRsBasic Order by fCode"))) throw DbError(q.lastError().text());
+    const int columns = q.record().count();
+    const int photoColumn = q.record().indexOf(QStringLiteral("fphoto"));
+    while (q.next()) {
+        for (int i = 0; i < columns; ++i)
+            q.value(i);
+        if (QImage::fromData(q.value(photoColumn).toByteArray()).isNull())
+            throw DbError(QStringLiteral("no photo"));
+    }
+}
+
 } // namespace zq::bench::print
 
 namespace {
@@ -124,17 +138,7 @@ void printCards(Context& c) {
 
 // The floor: the same rows read whole through the bare driver and every photo decoded.
 void readAndDecode(Context&) {
-    QSqlQuery q(rawDatabase());
-    q.setForwardOnly(true);
-    if (!q.exec(QStringLiteral("select * from tRsBasic Order by fCode"))) throw DbError(q.lastError().text());
-    const int columns = q.record().count();
-    const int photoColumn = q.record().indexOf(QStringLiteral("fphoto"));
-    while (q.next()) {
-        for (int i = 0; i < columns; ++i)
-            q.value(i);
-        if (QImage::fromData(q.value(photoColumn).toByteArray()).isNull())
-            throw DbError(QStringLiteral("no photo"));
-    }
+    readPersonsAndPhotos();
 }
 
 } // namespace

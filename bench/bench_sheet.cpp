@@ -43,17 +43,7 @@ void readAndDecode(Context&) {
     QSqlDatabase raw = rawDatabase();
     for (const char* table : {"tRsBasic_P", "trsstudy", "trswork", "trsfamily", "trsresult", "trsmeed"})
         zq::bench::readAll(raw, QStringLiteral("select * from %1 order by fCode").arg(QLatin1String(table)));
-    QSqlQuery q(rawDatabase());
-    q.setForwardOnly(true);
-    if (!q.exec(QStringLiteral("select * from tRsBasic Order by fCode"))) throw DbError(q.lastError().text());
-    const int columns = q.record().count();
-    const int photoColumn = q.record().indexOf(QStringLiteral("fphoto"));
-    while (q.next()) {
-        for (int i = 0; i < columns; ++i)
-            q.value(i);
-        if (QImage::fromData(q.value(photoColumn).toByteArray()).isNull())
-            throw DbError(QStringLiteral("no photo"));
-    }
+    readPersonsAndPhotos();
 }
 
 } // namespace

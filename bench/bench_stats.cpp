@@ -24,16 +24,6 @@ void asSupervisor() {
     zq::scriptPrompts(); // a search that finds nothing would otherwise wait for a click
 }
 
-QString gridFields() {
-    zq::Recordset rs(zq::conn(),
-                     QStringLiteral("select FieldName from RptListDetail where fTable='tRsBasic' and "
-                                    "FieldSelected=1 order by FieldID"));
-    QStringList f;
-    for (; !rs.eof(); rs.moveNext())
-        f << rs.text(0);
-    return f.join(QLatin1Char(','));
-}
-
 void openStats(Context&) {
     asSupervisor();
     zq::frmRs_PersonList w;
@@ -42,7 +32,7 @@ void openStats(Context&) {
 }
 
 void openBaseline(Context& c) {
-    zq::bench::readAll(c.raw, QStringLiteral("select ") + gridFields() +
+    zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() +
                                   QStringLiteral(" from tRsBasic where fzt=1"));
 }
 

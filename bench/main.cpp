@@ -37,6 +37,15 @@ const std::vector<Operation>& operations() {
     return registry();
 }
 
+QString gridFields() {
+    Recordset rs(conn(), QStringLiteral("select FieldName from RptListDetail where fTable='tRsBasic' and "
+                                        "FieldSelected=1 order by FieldID"));
+    QStringList f;
+    for (; !rs.eof(); rs.moveNext())
+        f << rs.text(0);
+    return f.join(QLatin1Char(','));
+}
+
 qint64 readAll(QSqlDatabase& db, const QString& sql) {
     QSqlQuery q(db);
     q.setForwardOnly(true);
