@@ -35,22 +35,6 @@ using namespace zq::test;
 
 namespace {
 
-// Pictures placed in a PDF (the header lines of pdfimages -list left out).
-int pdfImages(const QString& pdf) {
-    return int(run(QStringLiteral("pdfimages"), {QStringLiteral("-list"), pdf})
-                   .split(QLatin1Char('\n'), Qt::SkipEmptyParts)
-                   .size()) -
-           2;
-}
-
-void exec(const QString& sql, const QVariantList& values) {
-    QSqlQuery q(conn().database());
-    QVERIFY2(q.prepare(sql), qPrintable(q.lastError().text()));
-    for (const QVariant& v : values)
-        q.addBindValue(v);
-    QVERIFY2(q.exec(), qPrintable(q.lastError().text()));
-}
-
 void addPerson(const QString& code, const QString& name, int state, const QByteArray& picture = {}) {
     exec(QStringLiteral("insert into tRsBasic (fCode,fName,fSex,fBirthDay,fBmName,fRz,fSfz,fzt,fphoto) "
                         "values (?,?,?,?,?,?,?,?,?)"),

@@ -26,50 +26,35 @@ using namespace zq::test;
 
 namespace {
 
-int pdfImages(const QString& pdf) {
-    return int(run(QStringLiteral("pdfimages"), {QStringLiteral("-list"), pdf})
-                   .split(QLatin1Char('\n'), Qt::SkipEmptyParts)
-                   .size()) -
-           2;
-}
-
-void bound(const QString& sql, const QVariantList& values) {
-    QSqlQuery q(conn().database());
-    QVERIFY2(q.prepare(sql), qPrintable(q.lastError().text()));
-    for (const QVariant& v : values)
-        q.addBindValue(v);
-    QVERIFY2(q.exec(), qPrintable(q.lastError().text()));
-}
-
 void addPerson(const QString& code, const QString& name, const QByteArray& photo = {}) {
-    bound(QStringLiteral("insert into tRsBasic (fCode,fName,fSex,fBirthDay,fBmName,fXzz,fzt,fBmCode,fphoto) "
-                         "values (?,?,?,?,?,?,1,'01',?)"),
-          {code, name, QStringLiteral("男"), QStringLiteral("1985-03-09"), QStringLiteral("财务部"),
-           QStringLiteral("上海市浦东新区世纪大道一百号"),
-           photo.isEmpty() ? QVariant(QMetaType(QMetaType::QByteArray)) : QVariant(photo)});
+    exec(QStringLiteral("insert into tRsBasic (fCode,fName,fSex,fBirthDay,fBmName,fXzz,fzt,fBmCode,fphoto) "
+                        "values (?,?,?,?,?,?,1,'01',?)"),
+         {code, name, QStringLiteral("男"), QStringLiteral("1985-03-09"), QStringLiteral("财务部"),
+          QStringLiteral("上海市浦东新区世纪大道一百号"),
+          photo.isEmpty() ? QVariant(QMetaType(QMetaType::QByteArray)) : QVariant(photo)});
 }
 
 // Eight study rows (types 1 to 8, entered backwards), ten results, a spouse, a family member.
 void addRecords(const QString& code) {
     for (int t = 8; t >= 1; --t)
-        bound(QStringLiteral("insert into tRsStudy (fCode,fYear,fXx,fZy,fType) values (?,?,?,?,?)"),
-              {code, QStringLiteral("%1年").arg(1990 + t), QStringLiteral("第%1学校").arg(t),
-               QStringLiteral("会计"), t});
+        exec(QStringLiteral("insert into tRsStudy (fCode,fYear,fXx,fZy,fType) values (?,?,?,?,?)"),
+             {code, QStringLiteral("%1年").arg(1990 + t), QStringLiteral("第%1学校").arg(t),
+              QStringLiteral("会计"), t});
     for (int i = 1; i <= 10; ++i)
-        bound(QStringLiteral("insert into tRsResult (fCode,fYear,fyj) values (?,?,?)"),
-              {code, QStringLiteral("20%1").arg(i, 2, 10, QLatin1Char('0')),
-               QStringLiteral("业绩第%1项").arg(i)});
-    bound(QStringLiteral("insert into tRsFamily (fCode,fCh,fName,fNy,fDw,fZz) values (?,?,?,?,?,?)"),
-          {code, QStringLiteral("母亲"), QStringLiteral("周玉兰"), QStringLiteral("1960-01"),
-           QStringLiteral("退休在家"), QStringLiteral("群众")});
-    bound(QStringLiteral("insert into tRsMeed (fCode,fYear,fyy,fjc) values (?,?,?,?)"),
-          {code, QStringLiteral("2021"), QStringLiteral("年度先进工作者"), QStringLiteral("嘉奖")});
-    bound(QStringLiteral("update tRsBasic_P set fpName=?, fpDw=? where fCode=?"),
-          {QStringLiteral("林慧"), QStringLiteral("市第一医院"), code});
+        exec(QStringLiteral("insert into tRsResult (fCode,fYear,fyj) values (?,?,?)"),
+             {code, QStringLiteral("20%1").arg(i, 2, 10, QLatin1Char('0')),
+              QStringLiteral("业绩第%1项").arg(i)});
+    exec(QStringLiteral("insert into tRsFamily (fCode,fCh,fName,fNy,fDw,fZz) values (?,?,?,?,?,?)"),
+         {code, QStringLiteral("母亲"), QStringLiteral("周玉兰"), QStringLiteral("1960-01"),
+          QStringLiteral("退休在家"), QStringLiteral("群众")});
+    exec(QStringLiteral("insert into tRsMeed (fCode,fYear,fyy,fjc) values (?,?,?,?)"),
+         {code, QStringLiteral("2021"), QStringLiteral("年度先进工作者"), QStringLiteral("嘉奖")});
+    exec(QStringLiteral("update tRsBasic_P set fpName=?, fpDw=? where fCode=?"),
+         {QStringLiteral("林慧"), QStringLiteral("市第一医院"), code});
     if (one(QStringLiteral("select count(*) from tRsBasic_P where fCode='%1'").arg(code)) ==
         QLatin1String("0"))
-        bound(QStringLiteral("insert into tRsBasic_P (fCode,fpName,fpDw) values (?,?,?)"),
-              {code, QStringLiteral("林慧"), QStringLiteral("市第一医院")});
+        exec(QStringLiteral("insert into tRsBasic_P (fCode,fpName,fpDw) values (?,?,?)"),
+             {code, QStringLiteral("林慧"), QStringLiteral("市第一医院")});
 }
 
 } // namespace
@@ -179,8 +164,8 @@ private slots:
         const QString longText =
             QStringLiteral("这是一段非常长的业绩说明文字需要在格子里缩小字号才能放得下的内容");
         addPerson(QStringLiteral("L001"), QStringLiteral("李长文"));
-        bound(QStringLiteral("insert into tRsResult (fCode,fYear,fyj) values (?,?,?)"),
-              {QStringLiteral("L001"), QStringLiteral("2020"), longText + longText + longText});
+        exec(QStringLiteral("insert into tRsResult (fCode,fYear,fyj) values (?,?,?)"),
+             {QStringLiteral("L001"), QStringLiteral("2020"), longText + longText + longText});
         QVERIFY(writePdf(SheetDocument({QStringLiteral("L001")}, SheetSides::Back), m_pdf));
         QVERIFY(pdfText(m_pdf, 1).contains(longText.left(20)));
 

@@ -20,25 +20,17 @@ using namespace zq;
 using test::exec;
 
 namespace {
-// Rows go in with bound values, so that codes may hold anything, quotes included.
-void insert(const QString& sql, const QVariantList& values) {
-    QSqlQuery q(conn().database());
-    QVERIFY(q.prepare(sql));
-    for (const QVariant& v : values)
-        q.addBindValue(v);
-    QVERIFY2(q.exec(), qPrintable(q.lastError().text()));
-}
 
 void node(const QString& table, const QString& code, const QString& name, int level = 0, int limit = 0) {
-    insert(QStringLiteral("insert into %1 (fCode,fName,fYnxj,fLimited) values (?,?,?,?)").arg(table),
-           {code, name, level, limit});
+    exec(QStringLiteral("insert into %1 (fCode,fName,fYnxj,fLimited) values (?,?,?,?)").arg(table),
+         {code, name, level, limit});
 }
 
 void person(const QString& code, int state, const QVariant& deptCode, const QVariant& room = QVariant()) {
-    insert(QStringLiteral("insert into tRsBasic (fCode,fName,fzt,fBmCode,neckline) values (?,?,?,?,?)"),
-           {code, QStringLiteral("某"), state,
-            deptCode.isNull() ? QVariant(QMetaType::fromType<QString>()) : deptCode,
-            room.isNull() ? QVariant(QMetaType::fromType<QString>()) : room});
+    exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt,fBmCode,neckline) values (?,?,?,?,?)"),
+         {code, QStringLiteral("某"), state,
+          deptCode.isNull() ? QVariant(QMetaType::fromType<QString>()) : deptCode,
+          room.isNull() ? QVariant(QMetaType::fromType<QString>()) : room});
 }
 
 // "child<parent" lines for every node below the root, in tree order.

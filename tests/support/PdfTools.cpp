@@ -27,6 +27,14 @@ int pdfPages(const QString& pdf) {
     return pages.match(run(QStringLiteral("pdfinfo"), {pdf})).captured(1).toInt();
 }
 
+int pdfImages(const QString& pdf) {
+    // pdfimages -list prints two header lines before a line per picture.
+    return int(run(QStringLiteral("pdfimages"), {QStringLiteral("-list"), pdf})
+                   .split(QLatin1Char('\n'), Qt::SkipEmptyParts)
+                   .size()) -
+           2;
+}
+
 bool pdfLandscape(const QString& pdf) {
     static const QRegularExpression size(QStringLiteral("Page size:\\s+([\\d.]+) x ([\\d.]+)"));
     const QRegularExpressionMatch m = size.match(run(QStringLiteral("pdfinfo"), {pdf}));

@@ -11,6 +11,8 @@ QString run(const QString& program, const QStringList& args);
 // reader makes its own guess at those from the gaps between the characters.
 QString pdfText(const QString& pdf, int page = 0);
 int pdfPages(const QString& pdf);
+// Pictures placed in a PDF.
+int pdfImages(const QString& pdf);
 bool pdfLandscape(const QString& pdf);
 
 } // namespace zq::test

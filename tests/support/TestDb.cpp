@@ -128,6 +128,10 @@ void exec(const QString& sql) {
     conn().execute(sql);
 }
 
+void exec(const QString& sql, const QVariantList& values) {
+    conn().execute(sql, values);
+}
+
 QString one(const QString& sql) {
     Recordset rs(conn(), sql);
     return rs.eof() ? QString() : rs.text(0);

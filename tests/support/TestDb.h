@@ -3,6 +3,7 @@
 #include "shell/Connection.h"
 
 #include <QString>
+#include <QVariantList>
 
 namespace zq::test {
 
@@ -17,8 +18,10 @@ ConnectionSettings freshDatabase();
 // Settings of the server started by ./test.sh, without a database; sqlData is 1.
 ConnectionSettings serverSettings();
 
-// Runs a statement on the global connection.
+// Runs a statement on the global connection; the second form with bound values for its "?"s, so that
+// values may hold anything, quotes and pictures included.
 void exec(const QString& sql);
+void exec(const QString& sql, const QVariantList& values);
 // The first field of the first row of a query, or "" when there is no row.
 QString one(const QString& sql);
 
