@@ -1,5 +1,6 @@
 #include "DeptData.h"
 
+#include "services/CodeTreeData.h"
 #include "services/Lookups.h"
 #include "shell/Connection.h"
 #include "shell/DbError.h"
@@ -63,18 +64,17 @@ QString DeptListSql(const QString& fields, const QString& codePrefix, bool depts
 
 DeptSaveCheck CheckDeptSave(const QString& table, int mode, const QString& code, const QString& name,
                             const QString& currentCode, const QString& currentName) {
-    if (code.isEmpty()) return DeptSaveCheck::EmptyCode;
-    if (name.isEmpty()) return DeptSaveCheck::EmptyName;
-    try {
-        if ((code != currentCode || mode == 1) &&
-            CountRows(table, QStringLiteral("fCode=") + quoted(code)) >= 1)
-            return DeptSaveCheck::CodeExists;
-    } catch (const DbError&) {
-    }
-    try {
-        if ((name != currentName || mode == 1) && !CodeFromName(kDeptTable, name).isEmpty())
-            return DeptSaveCheck::NameExists;
-    } catch (const DbError&) {
+    switch (CheckCodeSave(table, mode, code, name, currentCode, currentName, false, kDeptTable)) {
+    case CodeSaveCheck::EmptyCode:
+        return DeptSaveCheck::EmptyCode;
+    case CodeSaveCheck::EmptyName:
+        return DeptSaveCheck::EmptyName;
+    case CodeSaveCheck::CodeExists:
+        return DeptSaveCheck::CodeExists;
+    case CodeSaveCheck::NameExists:
+        return DeptSaveCheck::NameExists;
+    case CodeSaveCheck::Ok:
+        break;
     }
     return DeptSaveCheck::Ok;
 }
@@ -117,23 +117,13 @@ qint32 DeptColor(const QString& table, const QString& code) {
 }
 
 DeptDeleteCheck CheckDeptDelete(const QString& table, const QString& code) {
-    Connection& c = conn();
-    {
-        Recordset rs(c, QStringLiteral("select * from ") + table + QStringLiteral(" where fcode like ") +
-                            quoted(code + QLatin1Char('%')) + QStringLiteral(" And ") +
-                            c.dialect().length(QStringLiteral("fcode")) + QStringLiteral(">") +
-                            QString::number(code.size()));
-        if (!rs.eof()) return DeptDeleteCheck::HasLowerLevels;
-    }
-    Recordset rs(c, QStringLiteral("select fCode from trsBasic where fBmCode =") + quoted(code));
+    if (HasLowerCodes(table, code)) return DeptDeleteCheck::HasLowerLevels;
+    Recordset rs(conn(), QStringLiteral("select fCode from trsBasic where fBmCode =") + quoted(code));
     return rs.eof() ? DeptDeleteCheck::Ok : DeptDeleteCheck::HasStaff;
 }
 
 void DeleteDeptRow(const QString& table, const QString& code) {
-    Connection& c = conn();
-    Transaction t(c);
-    c.executeOne(QStringLiteral("Delete from ") + table + QStringLiteral(" where fcode=") + quoted(code));
-    t.commit();
+    DeleteCodeRow(table, code);
 }
 
 void DeptDeleteCascade(const QString& code, const QString& name) {

@@ -192,4 +192,15 @@ void PrintTreeView(QTreeWidget* tree, const QString& title) {
     PrintOutput::run(doc);
 }
 
+void PrintText(const QString& title, const QString& text) {
+    TableData t;
+    t.columns << TableColumn{QString(), 60};
+    for (const QString& line : QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).split(QLatin1Char('\n')))
+        t.rows << TableRow{{line.isEmpty() ? QStringLiteral(" ") : line}, 0};
+    BusyPointer busy;
+    TableDocument doc(t, {title, G().CompanyItems, {}, true}, TableDocument::Style::Outline);
+    busy.restore();
+    PrintOutput::run(doc);
+}
+
 } // namespace zq

@@ -21,6 +21,8 @@ void PrintGrid(QStringList items, ZqGrid* grid, const QString& title, const QStr
                bool listHeading = true);
 // A tree as an indented outline of its node texts. A null tree prints nothing.
 void PrintTreeView(QTreeWidget* tree, const QString& title);
+// A text under a title, its lines wrapped to the page.
+void PrintText(const QString& title, const QString& text);
 
 // Person cards through a stored template: every person of tRsBasic the filter (a condition, or empty
 // for all) selects, in code order, one to a card. `mode` is 3 for the supervisor, else 1. No person

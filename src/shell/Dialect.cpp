@@ -1,5 +1,7 @@
 #include "Dialect.h"
 
+#include <QHash>
+
 namespace zq {
 
 QString Dialect::dateLiteral(const QDate& date) const {
@@ -69,6 +71,73 @@ QString Dialect::tableExistsQuery(const QString& quotedLowerName) const {
             .arg(quotedLowerName);
     return QStringLiteral("select count(*) from sqlite_master where type='table' and lower(name)=%1")
         .arg(quotedLowerName);
+}
+
+QStringList Dialect::searchIndexSchema() const {
+    if (isServer())
+        return {QStringLiteral("create table zq_findtext (id serial primary key, ftable text not null, fcode "
+                               "text not null, fname text, ftext text, ftokens tsvector, unique (ftable, fcode))"),
+                QStringLiteral("create index ix_zq_findtext_tokens on zq_findtext using gin (ftokens)")};
+    // The words live in an FTS5 index over the rows of zq_findtext, kept in step by triggers.
+    return {QStringLiteral("create table zq_findtext (id integer primary key autoincrement, ftable text not "
+                           "null, fcode text not null, fname text, ftext text, ftokens text, unique (ftable, "
+                           "fcode))"),
+            QStringLiteral("create virtual table zq_findidx using fts5(ftokens, content='zq_findtext', "
+                           "content_rowid='id', tokenize='unicode61')"),
+            QStringLiteral("create trigger zq_findtext_ai after insert on zq_findtext begin insert into "
+                           "zq_findidx(rowid, ftokens) values (new.id, new.ftokens); end"),
+            QStringLiteral("create trigger zq_findtext_ad after delete on zq_findtext begin insert into "
+                           "zq_findidx(zq_findidx, rowid, ftokens) values ('delete', old.id, old.ftokens); end"),
+            QStringLiteral("create trigger zq_findtext_au after update on zq_findtext begin insert into "
+                           "zq_findidx(zq_findidx, rowid, ftokens) values ('delete', old.id, old.ftokens); "
+                           "insert into zq_findidx(rowid, ftokens) values (new.id, new.ftokens); end")};
+}
+
+QString Dialect::searchTokensMarker() const {
+    return isServer() ? QStringLiteral("cast(? as tsvector)") : QStringLiteral("?");
+}
+
+QString Dialect::searchTokensValue(const QStringList& tokens) const {
+    if (!isServer()) return tokens.join(QLatin1Char(' '));
+    // A tsvector literal with positions, so that phrases match; the server keeps positions up to
+    // 16383 and 256 of them a word. Tokens are letters and digits only, so need no escaping.
+    constexpr int kLastPosition = 16383;
+    constexpr int kPositionsPerWord = 255;
+    QHash<QString, QStringList> positions;
+    QStringList order;
+    for (int i = 0; i < tokens.size() && i < kLastPosition; ++i) {
+        QStringList& p = positions[tokens[i]];
+        if (p.isEmpty()) order << tokens[i];
+        if (p.size() < kPositionsPerWord) p << QString::number(i + 1);
+    }
+    QStringList parts;
+    parts.reserve(order.size());
+    for (const QString& t : order)
+        parts << QLatin1Char('\'') + t + QStringLiteral("':") + positions[t].join(QLatin1Char(','));
+    return parts.join(QLatin1Char(' '));
+}
+
+QString Dialect::searchCondition() const {
+    return isServer() ? QStringLiteral("ftokens @@ cast(? as tsquery)")
+                      : QStringLiteral("id in (select rowid from zq_findidx where zq_findidx match ?)");
+}
+
+QString Dialect::searchQueryValue(const QVector<SearchPhrase>& phrases) const {
+    QStringList parts;
+    for (const SearchPhrase& p : phrases) {
+        if (p.tokens.isEmpty()) continue;
+        if (isServer()) {
+            QStringList words;
+            for (const QString& t : p.tokens)
+                words << QLatin1Char('\'') + t + QLatin1Char('\'');
+            if (p.prefix) words.last() += QStringLiteral(":*");
+            parts << QLatin1Char('(') + words.join(QStringLiteral(" <-> ")) + QLatin1Char(')');
+        } else {
+            parts << QLatin1Char('"') + p.tokens.join(QLatin1Char(' ')) + QLatin1Char('"') +
+                         (p.prefix ? QStringLiteral("*") : QString());
+        }
+    }
+    return parts.join(isServer() ? QStringLiteral(" & ") : QStringLiteral(" AND "));
 }
 
 } // namespace zq

@@ -2,6 +2,8 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
+#include <QVector>
 
 namespace zq {
 
@@ -76,6 +78,19 @@ public:
 
     // Statement that tells whether a table exists (one row, one column, non-zero when it does).
     QString tableExistsQuery(const QString& quotedLowerName) const;
+
+    // The word index of full-text search (table zq_findtext, one row a document): its tables, the
+    // value a document's tokens are stored as (bound to searchTokensMarker()), and the condition
+    // (one ? marker, bound to searchQueryValue()) that finds documents holding every phrase.
+    struct SearchPhrase {
+        QStringList tokens; // consecutive tokens
+        bool prefix = false; // the last one may be the start of a longer token
+    };
+    QStringList searchIndexSchema() const;
+    QString searchTokensMarker() const;
+    QString searchTokensValue(const QStringList& tokens) const;
+    QString searchCondition() const;
+    QString searchQueryValue(const QVector<SearchPhrase>& phrases) const;
 
 private:
     Kind m_kind;

@@ -362,4 +362,27 @@ QVector<QStringList> ReadRows(const QString& sql) {
     return rows;
 }
 
+QVector<QStringList> ReadRows(const QString& sql, const QVariantList& binds) {
+    Connection& c = conn();
+    if (!c.isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
+    Connection::StatementGuard guard(c);
+    QSqlQuery q(c.database());
+    q.setForwardOnly(true);
+    if (!q.prepare(sql)) throw DbError(q.lastError().text(), sql);
+    for (const QVariant& b : binds)
+        q.addBindValue(b);
+    if (!q.exec()) throw DbError(q.lastError().text(), sql);
+    QVector<QStringList> rows;
+    const int fields = q.record().count();
+    while (q.next()) {
+        QStringList row;
+        row.reserve(fields);
+        for (int j = 0; j < fields; ++j)
+            row << q.value(j).toString();
+        rows << std::move(row);
+    }
+    guard.done();
+    return rows;
+}
+
 } // namespace zq

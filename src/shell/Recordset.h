@@ -115,5 +115,7 @@ void RequireUnchanged(const RowSnapshot& loaded, const Recordset& now);
 
 // Every row of a statement on conn(), each field as text (nulls empty).
 QVector<QStringList> ReadRows(const QString& sql);
+// The same with values bound to the statement's ? markers.
+QVector<QStringList> ReadRows(const QString& sql, const QVariantList& binds);
 
 } // namespace zq

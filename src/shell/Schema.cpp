@@ -3,6 +3,7 @@
 #include "DbError.h"
 #include "Recordset.h"
 #include "SqlText.h"
+#include "TextSearch.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -152,6 +153,12 @@ const QVector<Step>& steps() {
              // running clients; now the upgrade does it, and its keys are unique.
              splitSpouseTable(c);
              addUniqueKeys(c);
+         }},
+        {4,
+         [](Connection& c) {
+             // Documents of the archive are found by the words of their names and texts.
+             CreateSearchIndex(c);
+             IndexStoredTexts(c, QStringLiteral("tWd_File1"), QStringLiteral("fYnxj=1"));
          }},
     };
     return s;

@@ -1,5 +1,8 @@
 #include "Commands.h"
 
+#include "documents/frmWd_DeptDict.h"
+#include "documents/frmWd_Filer.h"
+#include "documents/frmWd_dict.h"
 #include "office/frmBg_Report.h"
 #include "organisation/frmRs_Dept.h"
 #include "organisation/frmRs_PersonAssign.h"
@@ -104,6 +107,12 @@ void registerScreens() {
     registerScreen<frmRs_Dept>("frmRs_Dept");
     registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
                     [] { return new frmBg_Report; });
+    registerCommand({QStringLiteral("mnuWdFiler")}, [] { return new frmWd_Filer; });
+    registerCommand({QStringLiteral("mnuWdDict")}, [] { return new frmWd_dict; });
+    // The third argument of Refresh chooses the class of documents.
+    registerCommand(
+        {QStringLiteral("mnuWdDept")}, [] { return new frmWd_DeptDict; },
+        [](QDialog& d, qint16 state) { d.setProperty("State", int(state)); });
     registerScreen<frmRs_RptSet>("frmRs_RptSet");
     registerScreen<frmRs_list>("frmRs_list");
     registerScreen<frmRs_PersonPnt>("frmRs_PersonPnt");
