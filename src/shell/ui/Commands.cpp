@@ -1,5 +1,7 @@
 #include "Commands.h"
 
+#include "office/frmBg_Meeting.h"
+#include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
 #include "organisation/frmRs_Dept.h"
 #include "organisation/frmRs_PersonAssign.h"
@@ -104,6 +106,10 @@ void registerScreens() {
     registerScreen<frmRs_Dept>("frmRs_Dept");
     registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
                     [] { return new frmBg_Report; });
+    registerCommand({QStringLiteral("mnuOffice2"), QStringLiteral("mnuOA_Meeting")},
+                    [] { return new frmBg_Meeting; });
+    registerCommand({QStringLiteral("mnuOffice3"), QStringLiteral("mnuOA_News")},
+                    [] { return new frmBg_News; });
     registerScreen<frmRs_RptSet>("frmRs_RptSet");
     registerScreen<frmRs_list>("frmRs_list");
     registerScreen<frmRs_PersonPnt>("frmRs_PersonPnt");
