@@ -62,8 +62,8 @@ int UnreadCount(const QString& user, const QString& deptPrefix) {
                                      : QStringLiteral(" Where a.fPosted>") + quoted(opened);
     if (!deptPrefix.isEmpty()) {
         sql += QStringLiteral(" Left Join tRs_Bm b On a.fBmName=b.fName");
-        where += QStringLiteral(" And (b.fCode Like '") + checked(deptPrefix) +
-                 QStringLiteral("%' or a.fBmName='')");
+        where += QStringLiteral(" And (b.fCode Like '") + checked(deptPrefix) + QStringLiteral("%' or ") +
+                 conn().dialect().isNullOrEmpty(QStringLiteral("a.fBmName")) + QLatin1Char(')');
     }
     Recordset rs(conn(), sql + where);
     return int(rs.val(0));

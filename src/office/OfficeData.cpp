@@ -42,7 +42,8 @@ QString DeptListSql(const QString& table, const QString& filter) {
     if (!prefix.isEmpty()) {
         sql = QStringLiteral("a.* from ") + table +
               QStringLiteral(" as a Left Join tRs_Bm as b On a.fBmName=b.fName Where (b.fCode Like '") +
-              checked(prefix) + QStringLiteral("%' or a.fBmName='')");
+              checked(prefix) + QStringLiteral("%' or ") +
+              conn().dialect().isNullOrEmpty(QStringLiteral("a.fBmName")) + QLatin1Char(')');
         if (!filter.isEmpty()) sql += QStringLiteral(" And ") + filter;
     } else {
         sql = QStringLiteral("* from ") + table + QStringLiteral(" a");
