@@ -109,6 +109,9 @@ void OfficeScreen::buildCommon() {
     m_cboDept = named(new QComboBox(this), QStringLiteral("cboDept"));
     m_cboDept->setEditable(true); // a name no longer in the list still shows
     m_cboDept->setMinimumWidth(140);
+    // Sized by a typical name, not by measuring the thousands a company may have.
+    m_cboDept->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_cboDept->setMinimumContentsLength(10);
     m_cmdNews[0] = pictureButton(this, arrayName("cmdNews", 0), QStyle::SP_ArrowLeft, m_kind.stepHint0);
     m_cmdNews[1] = pictureButton(this, arrayName("cmdNews", 1), QStyle::SP_ArrowRight, m_kind.stepHint1);
     m_cmdAdd = button(this, "cmdAdd", QStringLiteral("新增"));
@@ -180,6 +183,8 @@ void OfficeScreen::buildSeekPanel() {
     m_chkDept = check("chkDept", QStringLiteral("部门:"));
     m_cboDept2 = named(new QComboBox(m_fraSeek), QStringLiteral("cboDept2"));
     m_cboDept2->setEditable(true); // a pattern with wildcards may be typed
+    m_cboDept2->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_cboDept2->setMinimumContentsLength(10);
     rows.emplace_back(m_chkDept, m_cboDept2);
     auto* cmdSeekOk = button(m_fraSeek, "cmdSeekOk", QStringLiteral("确定"));
     m_cmdSeekCancel = button(m_fraSeek, "cmdSeekCancel", QStringLiteral("返回>>"));
@@ -317,9 +322,12 @@ void OfficeScreen::load() {
     FillCodeCombo(QStringLiteral("tRs_Bm"), m_cboDept, G().DeptScope, -1, 0);
     m_cboDept->insertItem(0, QString());
     m_cboDept->setCurrentIndex(0);
-    m_cboDept2->clear();
+    QStringList names;
+    names.reserve(m_cboDept->count());
     for (int i = 0; i < m_cboDept->count(); ++i)
-        m_cboDept2->addItem(m_cboDept->itemText(i));
+        names << m_cboDept->itemText(i);
+    m_cboDept2->clear();
+    m_cboDept2->addItems(names);
     beforeList();
     m_filter.clear();
     reloadList(m_filter);
