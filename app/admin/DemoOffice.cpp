@@ -88,7 +88,8 @@ void writeMeetings(Context& x, std::vector<Notice>& notices) {
     Writer w(x.c, QStringLiteral("tRs_meeting"),
              "fID,fDate,fTitle,fContent,fFoot1,fFoot2,fFootnote1,fFootnote2,fFilePath,fNews,fBmName");
     const QString foot1 = QStringLiteral("主办单位:"), foot2 = QStringLiteral("协办单位:");
-    const std::vector<QDate> when = dates(r, x.co.today, scaled(x.co, 400, 10, 300));
+    // One meeting for every five persons: 20,000 at 100,000.
+    const std::vector<QDate> when = dates(r, x.co.today, scaled(x.co, 5, 10, 1 << 30));
     for (int id = 1; id <= int(when.size()); ++id) {
         const QDate& date = when[size_t(id - 1)];
         const QString title = date.toString(QStringLiteral("yyyy年M月")) + r.pick(meetingTitles());
@@ -110,14 +111,16 @@ void writeMeetings(Context& x, std::vector<Notice>& notices) {
 
 void writeNews(Context& x, std::vector<Notice>& notices) {
     Rng r = x.rng(sNews);
-    for (const QDate& d : dates(r, x.co.today, scaled(x.co, 300, 15, 300)))
+    // As many notices in all as persons, most of them typed on the board.
+    const int typed = std::max(15, int(x.co.persons.size()) - int(notices.size()));
+    for (const QDate& d : dates(r, x.co.today, typed))
         notices.push_back({d, r.pick(kit::notices()), r.chance(0.5) ? topDeptName(r, x.co) : blank()});
     std::stable_sort(notices.begin(), notices.end(),
                      [](const Notice& a, const Notice& b) { return a.date < b.date; });
-    Writer w(x.c, QStringLiteral("tRs_News"), "fID,fDate,fContent,fBmName");
+    Writer w(x.c, QStringLiteral("tRs_News"), "fID,fDate,fContent,fBmName,fPosted");
     int id = 0;
     for (const Notice& n : notices) {
-        w << ++id << iso(n.date) << n.text << n.dept;
+        w << ++id << iso(n.date) << n.text << n.dept << iso(n.date) + QStringLiteral(" 08:00:00.000");
         w.row();
     }
     x.done(w);

@@ -90,6 +90,13 @@ QVector<DemoLogin> addDemoUsers(Connection& c) {
         createUser(c, staff[i], kStaffPassword, powerOf(c, i == 0 ? clerkGrants() : staffGrants()), false);
         made.push_back({staff[i], kStaffPassword, false});
     }
+    // Each looked at the notice board three days before the newest notice, so a few are unread.
+    Recordset newest(c, QStringLiteral("select max(fDate) from tRs_News"));
+    const QDate last = QDate::fromString(newest.text(0).left(10), Qt::ISODate);
+    if (last.isValid())
+        for (const DemoLogin& l : made)
+            c.executeOne(QStringLiteral("insert into tRs_NewsSeen (fUser,fOpened) values (?,?)"),
+                         {l.name, last.addDays(-3).toString(Qt::ISODate) + QStringLiteral(" 12:00:00.000")});
     return made;
 }
 

@@ -1,7 +1,9 @@
 #include "MainWindow.h"
 
+#include "office/NewsData.h"
 #include "personnel/HomePage.h"
 #include "resources/Texts.h"
+#include "services/Lookups.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -72,7 +74,8 @@ MainWindow::MainWindow(QSettings& settings, QWidget* parent)
     , m_home(new zq::HomePage)
     , m_company(new QLabel)
     , m_user(new QLabel)
-    , m_database(new QLabel) {
+    , m_database(new QLabel)
+    , m_news(new QLabel) {
     setObjectName(QStringLiteral("frmMain"));
     setFont(zq::uiFont());
     resize(960, 640);
@@ -101,11 +104,14 @@ MainWindow::MainWindow(QSettings& settings, QWidget* parent)
     m_company->setObjectName(QStringLiteral("sbCompany"));
     m_user->setObjectName(QStringLiteral("sbUser"));
     m_database->setObjectName(QStringLiteral("sbDatabase"));
-    for (QLabel* l : {m_company, m_user, m_database})
+    m_news->setObjectName(QStringLiteral("sbNews"));
+    for (QLabel* l : {m_company, m_user, m_database, m_news})
         l->setContentsMargins(6, 0, 18, 0);
     statusBar()->addWidget(m_company);
     statusBar()->addWidget(m_user);
     statusBar()->addWidget(m_database, 1);
+    statusBar()->addPermanentWidget(m_news);
+    m_news->hide();
     buildMenus();
 
     settings.beginGroup(kBagGroup);
@@ -199,7 +205,30 @@ void MainWindow::refresh() {
     setWindowTitle(G().AppTitle);
     loadCaptions();
     updateStatus();
+    updateUnread();
     m_home->reload();
+}
+
+void MainWindow::updateUnread() {
+    const zq::Globals& g = G();
+    m_unread = 0;
+    if (!g.UserName.isEmpty() && !g.UserPath.isEmpty()) {
+        const bool wasOpen = zq::conn().isOpen();
+        zq::OpenConn(g.SQLData, zq::conn(), g.UserPath, g.Password, g.UserID, g.Default);
+        try {
+            if (zq::conn().isOpen()) {
+                // The board limits a user to his department, as the count does.
+                const QString prefix = g.isSupervisor() ? QString() : zq::GetUserDeptCode(g.UserName);
+                m_unread = zq::news::UnreadCount(g.UserName, prefix);
+            }
+        } catch (const zq::DbError&) {
+            m_unread = 0; // a database of before the count: nothing to tell
+        }
+        if (!wasOpen && zq::conn().isOpen()) zq::conn().close();
+    }
+    m_news->setText(QStringLiteral("新公告: %1 条").arg(m_unread));
+    m_news->setToolTip(QStringLiteral("上次查看新闻公告以后发布的公告"));
+    m_news->setVisible(m_unread > 0);
 }
 
 void MainWindow::updateStatus() {
@@ -221,6 +250,9 @@ bool MainWindow::login(const QString& userName) {
     G().UserName.clear();
     const bool ok = zq::StandAloneLogin(userName);
     refresh();
+    if (ok && m_unread > 0)
+        zq::ShowMsg(QStringLiteral("自您上次查看新闻公告以来, 又发布了 %1 条公告。").arg(m_unread),
+                    zq::vbInformation);
     return ok;
 }
 
@@ -246,6 +278,7 @@ void MainWindow::run(const QString& key, qint16 state, const QVariantMap& settin
         refresh();
     } else {
         updateStatus();
+        updateUnread();   // the board clears the count; reports and meetings may add to it
         m_home->reload(); // the screen may have changed what the figures count
     }
 }

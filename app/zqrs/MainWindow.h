@@ -30,8 +30,12 @@ public:
     // may reach; then the status bar.
     void refresh();
     void updateStatus();
-    // The stand-alone login, offering `userName` first; false when the user gave up.
+    // The stand-alone login, offering `userName` first; false when the user gave up. A user with
+    // notices posted since he last opened the board is told how many.
     bool login(const QString& userName = QString());
+    // Counts the notices posted since the user last opened the board, for the status bar.
+    void updateUnread();
+    int unreadNotices() const { return m_unread; }
 
     void changePassword();
     void openUserAdmin();
@@ -51,6 +55,8 @@ private:
     QLabel* m_company;
     QLabel* m_user;
     QLabel* m_database;
+    QLabel* m_news;
+    int m_unread = 0;
     QHash<QString, QAction*> m_items; // menu key -> its item
     QAction* m_changePassword = nullptr;
     QAction* m_userAdmin = nullptr;

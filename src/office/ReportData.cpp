@@ -16,15 +16,6 @@ QString checkerField(int n, const char* tail = "") {
     return QStringLiteral("fChecker%1%2").arg(n).arg(QLatin1String(tail));
 }
 
-QString dateText(const QDate& d) {
-    return G().DateQuote + d.toString(QStringLiteral("yyyy-MM-dd")) + G().DateQuote;
-}
-
-QString likeTerm(const QString& field, const QString& typed) {
-    return QStringLiteral(" And a.") + field + QStringLiteral(" Like '") + checked(WildcardToLike(typed)) +
-           QLatin1Char('\'');
-}
-
 } // namespace
 
 QStringList VerdictTexts() {
@@ -73,20 +64,6 @@ QString ListSql(const QString& filter) {
     return conn().dialect().selectTop(30, sql);
 }
 
-QString SeekFilter(const SeekTerms& t) {
-    QString f = QStringLiteral("1=1");
-    if (t.byDate)
-        f += QStringLiteral(" And (a.fDate>=") + dateText(t.from) + QStringLiteral(" And a.fDate<=") +
-             dateText(t.to) + QLatin1Char(')');
-    if (t.byTitle) f += likeTerm(QStringLiteral("fTitle"), t.title);
-    if (t.byContent) f += likeTerm(QStringLiteral("fContent"), t.content);
-    if (t.byAuthor) f += likeTerm(QStringLiteral("fFootnote1"), t.author);
-    if (t.byChecker) f += likeTerm(QStringLiteral("fFootnote2"), t.checker);
-    if (t.byDept) f += likeTerm(QStringLiteral("fBmName"), t.dept);
-    if (t.forwardedOnly) f += QStringLiteral(" And a.fNews=1");
-    return f;
-}
-
 QString JoinCheckers(const QStringList& checkers) {
     // The first name counts even when empty, so that the list then begins with ", ".
     QString joined = checkers.value(0);
@@ -109,7 +86,7 @@ int WriteReport(int id, const Report& r, const RowSnapshot& loaded) {
                  Cursor::Static, Lock::Optimistic);
     if (!adding) RequireUnchanged(loaded, rs);
     if (adding) {
-        id = int(Val(NextCode(kTable, QStringLiteral("fID"), {}))) + 1;
+        id = office::NextKey(kTable, false);
         rs.addNew();
         rs.setValue(QStringLiteral("fID"), id);
     } else if (rs.eof()) {
@@ -142,14 +119,6 @@ QString NoticeText(const Report& r) {
     return text;
 }
 
-void ForwardNotice(const QDate& date, const QString& text, const QString& dept) {
-    const int id = int(Val(NextCode(QStringLiteral("tRs_News"), QStringLiteral("fID"), {}))) + 1;
-    // The text goes in as it stands: a quote fails the statement, and with it the whole save.
-    conn().execute(QStringLiteral("Insert Into tRs_News (fID,fDate,fContent,fBmName) values (") + num(id) +
-                   QLatin1Char(',') + dateText(date) + QLatin1Char(',') + quoted(text) + QLatin1Char(',') +
-                   quoted(dept) + QLatin1Char(')'));
-}
-
 Rights RightsOf(const Recordset& rs, const QString& userName, bool supervisor) {
     Rights r;
     r.canChange = supervisor || userName == rs.text(QStringLiteral("fFootnote1"));
@@ -169,7 +138,7 @@ void SignOff(Recordset& rs, int checkerNo, int verdict, const QString& answer) {
 }
 
 void DeleteReport(int id) {
-    conn().executeOne(QStringLiteral("DELETE From tRs_RptFlow where fID=") + num(id));
+    office::DeleteRow(kTable, id);
 }
 
 } // namespace zq::report

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "office/OfficeData.h"
 #include "shell/Recordset.h"
 
 #include <QColor>
@@ -29,24 +30,10 @@ bool AddAnswerColumns();
 // him has no alias "a", so a seek fragment fails there.
 QString ListSql(const QString& filter);
 
-// The ticked rows of the seek panel.
-struct SeekTerms {
-    bool byDate = false;
-    QDate from, to;
-    bool byTitle = false;
-    QString title;
-    bool byContent = false;
-    QString content;
-    bool byAuthor = false;
-    QString author;
-    bool byChecker = false;
-    QString checker;
-    bool byDept = false;
-    QString dept;
-    bool forwardedOnly = false;
-};
-// "1=1" and one fragment per ticked row. A quote in a typed value throws DbError.
-QString SeekFilter(const SeekTerms& t);
+// The seek panel and the forward to the notices are those of every office screen.
+using office::ForwardNotice;
+using office::SeekFilter;
+using office::SeekTerms;
 
 // The checkers' names joined by ", ": the first always, the others when not empty.
 QString JoinCheckers(const QStringList& checkers);
@@ -71,8 +58,6 @@ struct Report {
 int WriteReport(int id, const Report& r, const RowSnapshot& loaded = {});
 // The text of the notice a report is forwarded as.
 QString NoticeText(const Report& r);
-// Inserts the notice row into tRs_News; a quote in the text fails it.
-void ForwardNotice(const QDate& date, const QString& text, const QString& dept);
 
 // What a user may do with the shown row of a list recordset.
 struct Rights {

@@ -49,6 +49,7 @@ constexpr UniqueKey kUniqueKeys[] = {
     {"tRsBasic_P", "fCode", nullptr},
     {"tRsDetail", "fCode", nullptr},
     {"tRsRemark", "fcode,fYear", nullptr},
+    {"tRs_NewsSeen", "fUser", nullptr},
 };
 
 QString uniqueIndexName(const UniqueKey& k) {
@@ -155,6 +156,15 @@ const QVector<Step>& steps() {
              addUniqueKeys(c);
          }},
         {4,
+         [](Connection& c) {
+             // Unread notices: when each was posted, and when each user last opened the board.
+             // Notices of before carry no stamp and count as read.
+             addMissingColumns(c, QStringLiteral("tRs_News"), {QStringLiteral("fPosted")});
+             c.execute(QStringLiteral("create index if not exists ix_trs_news_posted on tRs_News (fPosted)"));
+             createTable(c, *findTable(QStringLiteral("tRs_NewsSeen")));
+             addUniqueKeys(c);
+         }},
+        {5,
          [](Connection& c) {
              // Documents of the archive are found by the words of their names and texts.
              CreateSearchIndex(c);

@@ -217,9 +217,13 @@ QVector<Table> build() {
                 text("fFoot1", 10), text("fFoot2", 10), text("fFootnote1", 40), text("fFootnote2", 40),
                 text("fFilePath", 255), col("fNews", T::SmallInt), text("fBmName", 20)},
                {{"fID"}, {"fDate"}}};
+    // fPosted: when the notice was posted, to the millisecond, for the count of unread notices.
     t << Table{"tRs_News",
-               {col("fID", T::Int), col("fDate", T::Date), col("fContent", T::Memo), text("fBmName", 20)},
+               {col("fID", T::Int), col("fDate", T::Date), col("fContent", T::Memo), text("fBmName", 20),
+                text("fPosted", 23)},
                {{"fID"}, {"fDate"}}};
+    // When each user last opened the notice board.
+    t << Table{"tRs_NewsSeen", {text("fUser", 20), text("fOpened", 23)}, {{"fUser"}}};
     t << Table{"tWd_File1",
                codeTree({col("fYnxj", T::SmallInt), col("fBz", T::SmallInt), text("fFilePath", 255),
                          text("fBmCode", 15), col("fDetail1", T::Memo), col("fLimited", T::Real)}),

@@ -3,16 +3,23 @@
 #include "Controls.h"
 #include "TestDb.h"
 
+#include "office/frmBg_News.h"
+#include "office/OfficeData.h"
 #include "personnel/HomePage.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/ui/Commands.h"
+#include "shell/ui/Login.h"
+#include "shell/Users.h"
 #include "zqrs/MainWindow.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -89,6 +96,70 @@ private slots:
         // The page counted again when the screen closed.
         birthdays = test::child<QLabel>(w->home(), QStringLiteral("home_birthdays_1"));
         QVERIFY2(birthdays->text().contains(QStringLiteral(">2 人<")), qPrintable(birthdays->text()));
+    }
+
+    void unreadNoticesAcrossTwoLogins() {
+        QSettings settings(m_dir.filePath("c.ini"), QSettings::IniFormat);
+        auto w = window(settings, QString(350, QLatin1Char('1')));
+        G().PowerPath = m_dir.path() + QLatin1Char('/');
+        installLoginWindow();
+        createUser(conn(), QStringLiteral("员工002"), QStringLiteral("pw"), QString(350, QLatin1Char('1')),
+                   false);
+        // Posted as report and meeting saves post them: for all, for his workshop, for another department.
+        for (const char* dept : {"", "一车间", "生产部"})
+            office::ForwardNotice(QDate::currentDate(), QStringLiteral("公告"), QString::fromUtf8(dept));
+        ScriptedPrompts* prompts = nullptr;
+        const auto logIn = [&] {
+            prompts = &scriptPrompts();
+            setModalRunner([](QDialog& d) {
+                test::child<QComboBox>(d, "cboUser")->setCurrentText(QStringLiteral("员工002"));
+                test::child<QLineEdit>(d, "txtPassword")->setText(QStringLiteral("pw"));
+                test::child<QPushButton>(d, "cmdOK")->click();
+                return d.result();
+            });
+            const bool ok = w->login(QStringLiteral("员工002"));
+            setModalRunner({});
+            return ok;
+        };
+        QVERIFY(logIn());
+        // Of the three he may see two: his department's and the one for all.
+        QCOMPARE(prompts->messages(), QStringList({"自您上次查看新闻公告以来, 又发布了 2 条公告。"}));
+        auto* status = test::child<QLabel>(*w, QStringLiteral("sbNews"));
+        QCOMPARE(status->text(), QStringLiteral("新公告: 2 条"));
+        QVERIFY(!status->isHidden());
+
+        // The board marks them and opening it clears the count.
+        int markedNew = -1, unread = -1;
+        setModalRunner([&](QDialog& d) {
+            d.show();
+            markedNew = !test::child<QLabel>(d, QStringLiteral("lblNew"))->isHidden();
+            unread = static_cast<frmBg_News&>(d).unread();
+            return int(QDialog::Accepted);
+        });
+        w->run(QStringLiteral("mnuOA_News"));
+        setModalRunner({});
+        QCOMPARE(unread, 2);
+        QCOMPARE(markedNew, 1);
+        QCOMPARE(w->unreadNotices(), 0);
+        QVERIFY(status->isHidden());
+
+        // One more notice meanwhile: the next login tells of that one only.
+        OpenControlConn();
+        office::ForwardNotice(QDate::currentDate(), QStringLiteral("新的公告"), QString());
+        conn().close();
+        QVERIFY(logIn());
+        QCOMPARE(prompts->messages(), QStringList({"自您上次查看新闻公告以来, 又发布了 1 条公告。"}));
+        QCOMPARE(status->text(), QStringLiteral("新公告: 1 条"));
+    }
+
+    void officeMenuEntriesAreLive() {
+        QSettings settings(m_dir.filePath("d.ini"), QSettings::IniFormat);
+        auto w = window(settings, QString(350, QLatin1Char('1')));
+        for (const char* key :
+             {"mnuOffice1", "mnuOffice2", "mnuOffice3", "mnuOA_Report", "mnuOA_Meeting", "mnuOA_News"}) {
+            auto* item = test::child<QAction>(*w, QLatin1String(key));
+            QVERIFY2(item->isEnabled(), key);
+        }
     }
 };
 

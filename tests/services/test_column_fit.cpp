@@ -4,6 +4,9 @@
 #include "TestDb.h"
 
 #include "admin/Demo.h"
+#include "office/frmBg_Meeting.h"
+#include "office/frmBg_News.h"
+#include "office/frmBg_Report.h"
 #include "organisation/frmRs_Dept.h"
 #include "personnel/frmRs_Person.h"
 #include "personnel/HomePage.h"
@@ -19,6 +22,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QStyle>
 #include <QTableView>
 #include <QTableWidget>
@@ -163,6 +167,28 @@ private slots:
         }
         setModalRunner({});
         expectWhole(cut);
+    }
+
+    void officeScreensShowTheirLabelsWhole() {
+        // The office screens have no grids; the meeting's label boxes are the texts they could cut.
+        frmBg_Report report;
+        report.show();
+        QApplication::processEvents();
+        test::saveShot(report, QStringLiteral("report"));
+        frmBg_News board;
+        board.show();
+        QApplication::processEvents();
+        test::saveShot(board, QStringLiteral("news"));
+        frmBg_Meeting w;
+        w.show();
+        QApplication::processEvents();
+        test::saveShot(w, QStringLiteral("meeting"));
+        QVERIFY(!child<QLineEdit>(w, QStringLiteral("txtTitle"))->text().isEmpty());
+        for (const char* name : {"txtFoot1", "txtFoot2"}) {
+            auto* box = child<QLineEdit>(w, QLatin1String(name));
+            QVERIFY2(box->fontMetrics().horizontalAdvance(box->text()) + 8 <= box->width(),
+                     qPrintable(box->text()));
+        }
     }
 
     void adminGridsShowEveryCellWhole() {

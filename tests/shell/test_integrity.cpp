@@ -48,6 +48,10 @@ void backToVersion1(Connection& c) {
     c.execute(QStringLiteral("update RptListDetail set fTable='tRsBasic' where fTable='tRsBasic_P'"));
     for (int n = 1; n <= 4; ++n)
         c.execute(QStringLiteral("alter table tRs_RptFlow drop column fChecker%1_").arg(n));
+    // Version 4 brought the stamps of unread notices.
+    c.execute(QStringLiteral("drop index ix_trs_news_posted"));
+    c.execute(QStringLiteral("alter table tRs_News drop column fPosted"));
+    c.execute(QStringLiteral("drop table tRs_NewsSeen"));
     c.execute(QStringLiteral("update zq_schema set version=1"));
 }
 } // namespace
@@ -192,6 +196,7 @@ private slots:
         backToVersion1(conn());
         exec("insert into tRsBasic (fCode,fName) values ('A01','重号')");
         exec("insert into tRs_Bm (fCode,fName,fYnxj) values ('02','生产部',0)");
+        exec("insert into tRs_News (fID,fDate,fContent,fBmName) values (1,'2026-01-01','旧公告','')");
         try {
             schema::upgradeIfOlder(conn());
             QFAIL("an upgrade over duplicate codes went through");
@@ -214,6 +219,10 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(DbError, exec("insert into tRsBasic_P (fCode) values ('A01')"));
         exec("insert into tRsRemark (fcode,fYear) values ('A01',2025)");
         QVERIFY_THROWS_EXCEPTION(DbError, exec("insert into tRsRemark (fcode,fYear) values ('A01',2025)"));
+        // A notice of before has no stamp, so it counts as read; one row a user for the board.
+        QCOMPARE(one("select count(*) from tRs_News where fPosted is null"), QString("1"));
+        exec("insert into tRs_NewsSeen (fUser,fOpened) values ('张三','2026-01-01 08:00:00.000')");
+        QVERIFY_THROWS_EXCEPTION(DbError, exec("insert into tRs_NewsSeen (fUser) values ('张三')"));
         QVERIFY(!schema::upgradeIfOlder(conn())); // nothing left to do
         // The report screen's own probe now finds its columns and changes nothing.
         QVERIFY(!report::AddAnswerColumns());

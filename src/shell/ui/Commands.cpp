@@ -3,6 +3,8 @@
 #include "documents/frmWd_DeptDict.h"
 #include "documents/frmWd_Filer.h"
 #include "documents/frmWd_dict.h"
+#include "office/frmBg_Meeting.h"
+#include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
 #include "organisation/frmRs_Dept.h"
 #include "organisation/frmRs_PersonAssign.h"
@@ -113,6 +115,10 @@ void registerScreens() {
     registerCommand(
         {QStringLiteral("mnuWdDept")}, [] { return new frmWd_DeptDict; },
         [](QDialog& d, qint16 state) { d.setProperty("State", int(state)); });
+    registerCommand({QStringLiteral("mnuOffice2"), QStringLiteral("mnuOA_Meeting")},
+                    [] { return new frmBg_Meeting; });
+    registerCommand({QStringLiteral("mnuOffice3"), QStringLiteral("mnuOA_News")},
+                    [] { return new frmBg_News; });
     registerScreen<frmRs_RptSet>("frmRs_RptSet");
     registerScreen<frmRs_list>("frmRs_list");
     registerScreen<frmRs_PersonPnt>("frmRs_PersonPnt");
