@@ -2,6 +2,12 @@
 
 #include "DemoKit.h"
 
+#include "shell/TextSearch.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+
 #include <algorithm>
 
 namespace zq::demo::kit {
@@ -169,6 +175,51 @@ const std::vector<std::pair<const char*, std::vector<DocClass>>>& archive() {
     return a;
 }
 
+// Sentences of the archive's texts: each document takes a few, so that its words differ from its
+// neighbours' as real papers do.
+const std::vector<const char*>& paperSentences() {
+    static const std::vector<const char*> s = {
+        "本文件自发布之日起执行，原有规定同时废止。",
+        "各部门负责人对本部门的执行情况负责。",
+        "员工试用期一般为三个月，试用期满考核合格后转正。",
+        "加班须事先填写加班申请单，经部门经理批准。",
+        "请假三天以内由部门经理审批，三天以上报人力资源部备案。",
+        "费用报销须附原始发票，并经部门经理和财务部审核签字。",
+        "设备操作人员须持证上岗，严禁违章作业。",
+        "每月最后一个工作日进行安全检查，发现隐患及时整改。",
+        "合同履行过程中的变更须以书面形式确认。",
+        "产品出厂前须经质量管理部检验合格并出具合格证。",
+        "来料检验按抽样标准执行，不合格品隔离存放并标识。",
+        "文件的修订由原编制部门提出，经批准后发放新版本。",
+        "会议决定的事项由责任部门在规定时间内完成并反馈。",
+        "新员工入职培训包括公司简介、规章制度和安全教育。",
+        "绩效考核结果作为调薪、晋升和评优的依据。",
+        "档案资料应分类存放，借阅须办理登记手续。",
+        "客户投诉须在二十四小时内答复，并记录处理结果。",
+        "采购物资须货比三家，大宗采购实行招标。",
+        "仓库实行先进先出，定期盘点，做到账物相符。",
+        "消防器材由专人管理，每季度检查一次。",
+    };
+    return s;
+}
+
+// A picture for the demo's picture documents: a plain gradient with a frame.
+bool writePicture(const QString& path, int seed) {
+    QImage img(320, 200, QImage::Format_RGB32);
+    const QColor a = QColor::fromHsv((seed * 47) % 360, 90, 230);
+    const QColor b = QColor::fromHsv((seed * 47 + 60) % 360, 140, 150);
+    for (int y = 0; y < img.height(); ++y) {
+        const double t = double(y) / img.height();
+        const QRgb c = qRgb(int(a.red() * (1 - t) + b.red() * t), int(a.green() * (1 - t) + b.green() * t),
+                            int(a.blue() * (1 - t) + b.blue() * t));
+        for (int x = 0; x < img.width(); ++x)
+            img.setPixel(x, y,
+                         (x < 4 || y < 4 || x >= img.width() - 4 || y >= img.height() - 4) ? qRgb(60, 60, 60)
+                                                                                           : c);
+    }
+    return img.save(path, "PNG");
+}
+
 void writeArchive(Context& x) {
     Rng r = x.rng(sFiles);
     Writer w(x.c, QStringLiteral("tWd_File1"), "fCode,fName,fYnxj,fBz,fFilePath,fBmCode,fDetail1,fLimited");
@@ -177,39 +228,87 @@ void writeArchive(Context& x) {
             if (d.name == name) return d.code;
         return blank();
     };
-    int classes = 0;
+    // A company on a file gets its documents' files beside it; on a server there is no place that
+    // every client reaches, so the documents there hold their texts only.
+    QString folder;
+    if (!x.c.dialect().isServer()) {
+        folder = x.c.settings().userPath + QStringLiteral(".docs");
+        if (!QDir().mkpath(folder)) folder.clear();
+    }
+    // A larger company keeps each kind of paper in one folder a department, up to 40; 10,000
+    // papers at 100,000 persons.
+    int kinds = 0;
     for (const auto& group : archive())
-        classes += int(group.second.size());
-    const int perClass = std::max(2, scaled(x.co, 200, 30, 600) / classes);
+        kinds += int(group.second.size());
+    const int folders = std::clamp(int(x.co.persons.size()) / 2500, 1, 40);
+    const int perFolder =
+        std::max(2, std::clamp(int(x.co.persons.size()) / 10, 30, 10000) / (kinds * folders));
     const QString& empty = blank();
+    const auto number = [](int n, int width) {
+        return QStringLiteral("%1").arg(n, width, 10, QLatin1Char('0'));
+    };
     int top = 0;
+    int files = 0;
     for (const auto& group : archive()) {
-        const QString topCode = QStringLiteral("%1").arg(++top, 2, 10, QLatin1Char('0'));
+        const QString topCode = number(++top, 2);
         w << topCode << QString::fromUtf8(group.first) << 0 << 0 << empty << empty << empty << 0.0;
         w.row();
         int sub = 0;
         for (const DocClass& k : group.second) {
-            const QString code = topCode + QStringLiteral("%1").arg(++sub, 2, 10, QLatin1Char('0'));
-            const QString name = QString::fromUtf8(k.name);
-            const QString owner = deptCode(QString::fromUtf8(k.owner));
-            w << code << name << 0 << 0 << empty << owner << empty << 0.0;
+            const QString kindCode = topCode + number(++sub, 2);
+            const QString kindName = QString::fromUtf8(k.name);
+            const QString kindOwner = deptCode(QString::fromUtf8(k.owner));
+            w << kindCode << kindName << 0 << 0 << empty << kindOwner << empty << 0.0;
             w.row();
-            const int documents = perClass / 2 + r.between(0, perClass);
-            for (int n = 1; n <= documents; ++n) {
-                const QString title = QString::fromUtf8(k.document) +
-                                      (k.pictures || QString::fromUtf8(k.document).endsWith(QLatin1Char('-'))
-                                           ? QStringLiteral("%1").arg(n, 3, 10, QLatin1Char('0'))
-                                           : QString::number(n) + QStringLiteral("号"));
-                const QString file =
-                    QStringLiteral("/srv/zqrs/docs/%1/%2.%3")
-                        .arg(name, title, k.pictures ? QStringLiteral("jpg") : QStringLiteral("doc"));
-                w << code + QStringLiteral("%1").arg(n, 3, 10, QLatin1Char('0')) << title << 1
-                  << (k.pictures ? 1 : 0) << file << owner << QString::fromUtf8(k.content) << 0.0;
-                w.row();
+            int paper = 0; // numbered through the kind, so that titles stay unique
+            for (int f = 1; f <= folders; ++f) {
+                QString code = kindCode;
+                QString owner = kindOwner;
+                if (folders > 1) {
+                    // Folders go to departments in turn, the owning department's first.
+                    const Dept& d =
+                        x.co.depts[size_t((f - 1) * std::max<size_t>(1, x.co.depts.size() / folders)) %
+                                   x.co.depts.size()];
+                    code = kindCode + number(f, 2);
+                    owner = d.code;
+                    w << code << kindName + QStringLiteral("（") + d.name + QStringLiteral("）") << 0 << 0
+                      << empty << owner << empty << 0.0;
+                    w.row();
+                }
+                const int documents = perFolder / 2 + r.between(0, perFolder);
+                for (int n = 1; n <= documents; ++n) {
+                    ++paper;
+                    const QString title =
+                        QString::fromUtf8(k.document) +
+                        (k.pictures || QString::fromUtf8(k.document).endsWith(QLatin1Char('-'))
+                             ? number(paper, 3)
+                             : QString::number(paper) + QStringLiteral("号"));
+                    QString text = QString::fromUtf8(k.content);
+                    for (int i = r.between(2, 5); i > 0; --i)
+                        text += kNewLine + QString::fromUtf8(r.pick(paperSentences()));
+                    const QString docCode = code + number(n, 3);
+                    QString file;
+                    // Every fourth paper has its file; every picture has one.
+                    if (!folder.isEmpty() && (k.pictures || n % 4 == 1)) {
+                        file = folder + QLatin1Char('/') + docCode +
+                               (k.pictures ? QStringLiteral(".png") : QStringLiteral(".txt"));
+                        QFile out(file);
+                        const bool written = k.pictures
+                                                 ? writePicture(file, ++files)
+                                                 : out.open(QIODevice::WriteOnly) &&
+                                                       out.write((title + kNewLine + text).toUtf8()) > 0;
+                        if (!written) file.clear();
+                    }
+                    const bool picture = k.pictures && !file.isEmpty();
+                    w << docCode << title << 1 << (picture ? 1 : 0) << file << owner << text << 0.0;
+                    w.row();
+                }
             }
         }
     }
     x.done(w);
+    // The archive is found by its words from the start.
+    IndexStoredTexts(x.c, QStringLiteral("tWd_File1"), QStringLiteral("fYnxj=1"));
 }
 
 void writeDictionary(Context& x) {

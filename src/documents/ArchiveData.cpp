@@ -31,8 +31,8 @@ void IndexArchiveEntry(const QString& code, const QString& name, bool document, 
 }
 
 int ReindexArchive(bool withFiles) {
-    const QVector<QStringList> rows =
-        ReadRows(QStringLiteral("select fCode, fName, fDetail1, fFilePath, fBz from tWd_File1 where fYnxj=1"));
+    const QVector<QStringList> rows = ReadRows(
+        QStringLiteral("select fCode, fName, fDetail1, fFilePath, fBz from tWd_File1 where fYnxj=1"));
     Connection& c = conn();
     Transaction t(c);
     ClearIndex(ArchiveTable());
@@ -48,7 +48,8 @@ QVector<SearchHit> FindInArchive(const QString& query, const QString& classCode)
 
 QString DeptDocumentsSql(const QString& classCode) {
     QString sql = QStringLiteral("Select * from tWd_File1 Where fynxj=1");
-    if (!classCode.isEmpty()) sql += QStringLiteral("  And fCode like ") + quoted(classCode + QLatin1Char('%'));
+    if (!classCode.isEmpty())
+        sql += QStringLiteral("  And fCode like ") + quoted(classCode + QLatin1Char('%'));
     return sql + QStringLiteral(" Order by fbmcode,fcode");
 }
 

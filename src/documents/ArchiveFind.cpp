@@ -58,7 +58,8 @@ void ArchiveFind::find() {
     }
     m_lstFound->clear();
     for (const SearchHit& h : hits) {
-        auto* item = new QListWidgetItem(h.name + QLatin1Char('\n') + QStringLiteral("    ") + h.line, m_lstFound);
+        auto* item =
+            new QListWidgetItem(h.name + QLatin1Char('\n') + QStringLiteral("    ") + h.line, m_lstFound);
         item->setData(Qt::UserRole, h.code);
         item->setToolTip(h.code);
     }

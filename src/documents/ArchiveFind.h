@@ -17,7 +17,8 @@ class ArchiveFind : public QWidget {
     Q_OBJECT
 
 public:
-    ArchiveFind(QWidget* parent, std::function<QString()> classCode, std::function<void(const QString&)> chosen);
+    ArchiveFind(QWidget* parent, std::function<QString()> classCode,
+                std::function<void(const QString&)> chosen);
     // Runs the search for the words in the box.
     void find();
 

@@ -32,7 +32,7 @@ const QString kAllClasses = QStringLiteral("==所有文档类型==");
 
 frmWd_DeptDict::frmWd_DeptDict(QWidget* parent)
     : CodeTreeScreen(parent, "frmWd_DeptDict", QStringLiteral("文档查询"),
-                     Features{false, true, false, true, true, 0}) {
+                     Features{.editing = false, .files = true, .filer = true}) {
     m_word = QStringLiteral("文档类");
     m_cmdPrint->setText(QStringLiteral("打印(&P)"));
     m_chkNoListCode->setText(QStringLiteral("不显示<编号>"));
@@ -44,7 +44,8 @@ frmWd_DeptDict::frmWd_DeptDict(QWidget* parent)
     m_topRow->insertWidget(1, m_cboFiler);
     m_cboFiler->setMinimumContentsLength(12);
     m_find = new ArchiveFind(
-        m_fraLeft, [this] { return classCode(); }, [this](const QString& code) { showDocument(code); });
+        m_fraLeft, [this] { return classCode(); },
+        [this](const QString& code) { selectNode(code + QLatin1Char('R')); });
     static_cast<QVBoxLayout*>(m_fraLeft->layout())->addWidget(m_find);
     connect(m_cboFiler, &QComboBox::activated, this, [this] { guarded([this] { RefreshTree(); }); });
 }
@@ -67,7 +68,8 @@ void frmWd_DeptDict::load() {
 
 QString frmWd_DeptDict::classCode() const {
     const QString name = m_cboFiler->currentText();
-    return name.isEmpty() || name == kAllClasses ? QString() : CodeFromName(QStringLiteral("tWd_File1"), name);
+    return name.isEmpty() || name == kAllClasses ? QString()
+                                                 : CodeFromName(QStringLiteral("tWd_File1"), name);
 }
 
 void frmWd_DeptDict::buildTree() {
@@ -94,8 +96,9 @@ void frmWd_DeptDict::hangDocuments() {
             AddNode(m_tree, parent, rs.text(QStringLiteral("fCode")) + QLatin1Char('R'),
                     rs.text(QStringLiteral("fName")), ImagePost, at);
         } catch (const DbError&) {
-            ShowMsg(QLatin1Char('[') + dept + QStringLiteral("]:部门编号已不存在，[") + rs.text(QStringLiteral("fName")) +
-                        QStringLiteral("]:该部门职员无法列示，") + QLatin1Char('\r') +
+            ShowMsg(QLatin1Char('[') + dept + QStringLiteral("]:部门编号已不存在，[") +
+                        rs.text(QStringLiteral("fName")) + QStringLiteral("]:该部门职员无法列示，") +
+                        QLatin1Char('\r') +
                         QStringLiteral("请在【部门管理】中新增该编号的部门,或者修改该职员所属部门。"),
                     vbExclamation, QStringLiteral("人事管理"));
         }
@@ -132,14 +135,6 @@ void frmWd_DeptDict::nodeChosen(QTreeWidgetItem* node) {
     else
         optDetail_Click(1);
     m_cmdDocOpen->setEnabled(!picture && !path.isEmpty());
-}
-
-void frmWd_DeptDict::showDocument(const QString& code) {
-    if (QTreeWidgetItem* node = FindNode(m_tree, code + QLatin1Char('R'))) {
-        m_tree->setCurrentItem(node);
-        m_tree->scrollToItem(node);
-        Tree1_NodeClick(node);
-    }
 }
 
 } // namespace zq

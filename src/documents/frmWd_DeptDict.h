@@ -14,9 +14,6 @@ class frmWd_DeptDict : public CodeTreeScreen {
 public:
     explicit frmWd_DeptDict(QWidget* parent = nullptr);
 
-    // Selects a document's node and shows it, as a click on it would.
-    void showDocument(const QString& code);
-
 protected:
     void load() override;
     void buildTree() override;

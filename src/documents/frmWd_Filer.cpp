@@ -37,7 +37,8 @@ bool isFile(const QString& path) {
 } // namespace
 
 frmWd_Filer::frmWd_Filer(QWidget* parent)
-    : CodeTreeScreen(parent, "frmWd_Filer", QStringLiteral("文档管理"), Features{true, true, false, true, true, 1000}) {
+    : CodeTreeScreen(parent, "frmWd_Filer", QStringLiteral("文档管理"),
+                     Features{.files = true, .filer = true}) {
     m_word = QStringLiteral("文档类");
     m_classWord = QStringLiteral("文档类");
     m_entryWord = QStringLiteral("文档");
@@ -72,7 +73,8 @@ frmWd_Filer::frmWd_Filer(QWidget* parent)
     m_entryGrid->addLayout(pathRow, 3, 1, 1, 3);
 
     m_find = new ArchiveFind(
-        m_fraLeft, [this] { return treePrefix(); }, [this](const QString& code) { showDocument(code); });
+        m_fraLeft, [this] { return treePrefix(); },
+        [this](const QString& code) { selectNode(QLatin1Char('B') + code); });
     static_cast<QVBoxLayout*>(m_fraLeft->layout())->addWidget(m_find);
 
     connect(m_cboFiler, &QComboBox::activated, this, [this] { guarded([this] { cboFiler_Click(); }); });
@@ -106,7 +108,8 @@ void frmWd_Filer::fillFiler() {
 
 QString frmWd_Filer::treePrefix() const {
     const QString name = m_cboFiler->currentText();
-    return name.isEmpty() || name == kAllClasses ? QString() : CodeFromName(QStringLiteral("tWd_file1"), name);
+    return name.isEmpty() || name == kAllClasses ? QString()
+                                                 : CodeFromName(QStringLiteral("tWd_file1"), name);
 }
 
 void frmWd_Filer::cboFiler_Click() {
@@ -115,20 +118,13 @@ void frmWd_Filer::cboFiler_Click() {
     clearPage();
 }
 
-void frmWd_Filer::showDocument(const QString& code) {
-    if (QTreeWidgetItem* node = FindNode(m_tree, QLatin1Char('B') + code)) {
-        m_tree->setCurrentItem(node);
-        m_tree->scrollToItem(node);
-        Tree1_NodeClick(node);
-    }
-}
-
 void frmWd_Filer::showRecord(const RowSnapshot& row) {
     CodeTreeScreen::showRecord(row);
     const QString path = row.value(QStringLiteral("ffilepath"));
     setFilePath(path);
     m_chkImage->setChecked(row.value(QStringLiteral("fbz")).toInt() == 1);
-    m_cboDept->setProperty("Tag", NameFromCode(QStringLiteral("tRs_Bm"), row.value(QStringLiteral("fbmcode"))));
+    m_cboDept->setProperty("Tag",
+                           NameFromCode(QStringLiteral("tRs_Bm"), row.value(QStringLiteral("fbmcode"))));
     m_cmdDocOpen->setEnabled(!path.isEmpty());
     clearPicture();
     if (m_chkImage->isChecked())
@@ -153,9 +149,9 @@ void frmWd_Filer::kindChanged() {
     const bool document = !isClass();
     m_lblCode->setText(document ? QStringLiteral("档案编码") : QStringLiteral("分类编码"));
     m_lblName->setText(document ? QStringLiteral("档案名称") : QStringLiteral("分类名称"));
-    for (QWidget* w : std::initializer_list<QWidget*>{m_lblPath, m_txtPath, m_cmdPath, m_cmdDocOpen, m_lblDept,
-                                                      m_cboDept, m_chkImage, m_lblFileMemo, m_txtPath2,
-                                                      m_optDetail->button(0)})
+    for (QWidget* w :
+         std::initializer_list<QWidget*>{m_lblPath, m_txtPath, m_cmdPath, m_cmdDocOpen, m_lblDept, m_cboDept,
+                                         m_chkImage, m_lblFileMemo, m_txtPath2, m_optDetail->button(0)})
         w->setVisible(document);
     if (!document) {
         m_chkImage->setChecked(false);
@@ -188,11 +184,13 @@ void frmWd_Filer::cmdPath_Click() {
     const bool picture = m_chkImage->isChecked();
     const QString path =
         picture ? PickFile(1, 8, m_txtPath->text(), QStringLiteral("选择图形文件"),
-                           QStringLiteral("位图文件 (.bmp) |*.bmp|图标文件 (.ico) |*.ico|光标文件 (.cur) |*.cur|元文件 "
-                                          "(.wmf) |*.wmf|增强元文件 (.emf)|*.emf|GIF文件 (.gif)|*.gif|JPEG 文件 "
-                                          "(.jpg) |*.jpg|所有文件 (*.*) |*.*"))
+                           QStringLiteral(
+                               "位图文件 (.bmp) |*.bmp|图标文件 (.ico) |*.ico|光标文件 (.cur) |*.cur|元文件 "
+                               "(.wmf) |*.wmf|增强元文件 (.emf)|*.emf|GIF文件 (.gif)|*.gif|JPEG 文件 "
+                               "(.jpg) |*.jpg|所有文件 (*.*) |*.*"))
                 : PickFile(1, 8, m_txtPath->text(), QStringLiteral("选择文档文件"),
-                           QStringLiteral("Word文挡文件 (.Doc) |*.doc|文本文件 (.Txt) |*.txt|所有文件 (*.*) |*.*"));
+                           QStringLiteral(
+                               "Word文挡文件 (.Doc) |*.doc|文本文件 (.Txt) |*.txt|所有文件 (*.*) |*.*"));
     if (!path.isEmpty()) m_txtPath->setText(path);
     txtPath_LostFocus();
 }
@@ -269,7 +267,8 @@ QString frmWd_Filer::existsMessage(bool code) const {
 }
 
 QString frmWd_Filer::storedMessage() const {
-    return QLatin1Char('(') + currentCode() + QStringLiteral(") ") + currentName() + QStringLiteral(": 内容存盘完毕!");
+    return QLatin1Char('(') + currentCode() + QStringLiteral(") ") + currentName() +
+           QStringLiteral(": 内容存盘完毕!");
 }
 
 } // namespace zq

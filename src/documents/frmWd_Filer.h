@@ -23,8 +23,6 @@ public:
     void chkImage_Click();
     void cmdPath_Click();
     void txtPath_LostFocus();
-    // Selects a document's node and shows it, as a click on it would.
-    void showDocument(const QString& code);
 
 protected:
     void load() override;

@@ -16,7 +16,8 @@
 namespace zq {
 
 frmWd_dict::frmWd_dict(QWidget* parent)
-    : CodeTreeScreen(parent, "frmWd_dict", QStringLiteral("企业辞典"), Features{true, false, true, false, false, 0}) {
+    : CodeTreeScreen(parent, "frmWd_dict", QStringLiteral("企业辞典"),
+                     Features{.lockTreeWhileEditing = true, .totals = false}) {
     m_word = QStringLiteral("辞典");
     m_classWord = QStringLiteral("辞典类");
     m_entryWord = QStringLiteral("辞典");
@@ -32,7 +33,6 @@ frmWd_dict::frmWd_dict(QWidget* parent)
     attachKeyFilter(m_txtNumber, 6, true);
     m_entryGrid->addWidget(lblNumber, 2, 0);
     m_entryGrid->addWidget(m_txtNumber, 2, 1);
-    connect(m_chkNoListCode, &QCheckBox::clicked, this, [this] { m_codesAfterSave = false; });
 }
 
 void frmWd_dict::load() {
@@ -62,6 +62,11 @@ void frmWd_dict::kindChanged() {
     const bool entry = !isClass();
     m_lblCode->setText(entry ? QStringLiteral("辞典编号:") : QStringLiteral("分类编号:"));
     m_lblName->setText(entry ? QStringLiteral("辞典名称:") : QStringLiteral("分类名称:"));
+}
+
+void frmWd_dict::chkNoListCode_Click() {
+    m_codesAfterSave = false;
+    RefreshTree();
 }
 
 void frmWd_dict::afterSave() {

@@ -18,6 +18,7 @@ protected:
     QVector<FieldValue> entryValues() const override;
     void kindChanged() override;
     void afterSave() override;
+    void chkNoListCode_Click() override;
 
 private:
     QLineEdit* m_txtNumber;

@@ -10,8 +10,8 @@
 namespace zq {
 
 RowSnapshot ReadCodeRow(const QString& table, const QString& code) {
-    return Snapshot(
-        Recordset(conn(), QStringLiteral("Select * from ") + table + QStringLiteral(" where fCode=") + quoted(code)));
+    return Snapshot(Recordset(conn(), QStringLiteral("Select * from ") + table +
+                                          QStringLiteral(" where fCode=") + quoted(code)));
 }
 
 CodeSaveCheck CheckCodeSave(const QString& table, int mode, const QString& code, const QString& name,
@@ -41,21 +41,23 @@ CodeSaveCheck CheckCodeSave(const QString& table, int mode, const QString& code,
     return CodeSaveCheck::Ok;
 }
 
-void SaveCodeRow(const QString& table, int mode, const QString& currentCode, const QVector<FieldValue>& values,
-                 const RowSnapshot& loaded, const std::function<void()>& alongside) {
+void SaveCodeRow(const QString& table, int mode, const QString& currentCode,
+                 const QVector<FieldValue>& values, const RowSnapshot& loaded,
+                 const std::function<void()>& alongside) {
     QStringList columns;
     for (const FieldValue& v : values)
         columns << v.column;
     Connection& c = conn();
     Transaction t(c);
     Recordset rs(c,
-                 QStringLiteral("Select ") + columns.join(QLatin1Char(',')) + QStringLiteral(" from ") + table +
-                     QStringLiteral(" where Fcode=") + quoted(currentCode),
+                 QStringLiteral("Select ") + columns.join(QLatin1Char(',')) + QStringLiteral(" from ") +
+                     table + QStringLiteral(" where Fcode=") + quoted(currentCode),
                  Cursor::Keyset, Lock::Optimistic);
     if (mode != 1) RequireUnchanged(loaded, rs);
     if (mode == 1 || rs.eof()) rs.addNew();
     for (const FieldValue& v : values)
-        rs.setValue(v.column, v.value.typeId() == QMetaType::QString ? QVariant(checked(v.value.toString())) : v.value);
+        rs.setValue(v.column,
+                    v.value.typeId() == QMetaType::QString ? QVariant(checked(v.value.toString())) : v.value);
     rs.update();
     rs.close();
     if (alongside) alongside();

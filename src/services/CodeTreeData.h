@@ -33,8 +33,9 @@ struct FieldValue {
 // (currentCode) is not there, else that row. A row another client changed or deleted since `loaded`
 // was read is refused with ConflictError. `alongside` runs inside the same transaction (the search
 // index follows the row). Any failure rolls back and reaches the caller as a DbError.
-void SaveCodeRow(const QString& table, int mode, const QString& currentCode, const QVector<FieldValue>& values,
-                 const RowSnapshot& loaded = {}, const std::function<void()>& alongside = {});
+void SaveCodeRow(const QString& table, int mode, const QString& currentCode,
+                 const QVector<FieldValue>& values, const RowSnapshot& loaded = {},
+                 const std::function<void()>& alongside = {});
 
 // Rows whose code extends this one (a mere text prefix counts: "10" is below "1").
 bool HasLowerCodes(const QString& table, const QString& code);

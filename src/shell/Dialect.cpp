@@ -75,22 +75,24 @@ QString Dialect::tableExistsQuery(const QString& quotedLowerName) const {
 
 QStringList Dialect::searchIndexSchema() const {
     if (isServer())
-        return {QStringLiteral("create table zq_findtext (id serial primary key, ftable text not null, fcode "
-                               "text not null, fname text, ftext text, ftokens tsvector, unique (ftable, fcode))"),
+        return {QStringLiteral(
+                    "create table zq_findtext (id serial primary key, ftable text not null, fcode "
+                    "text not null, fname text, ftext text, ftokens tsvector, unique (ftable, fcode))"),
                 QStringLiteral("create index ix_zq_findtext_tokens on zq_findtext using gin (ftokens)")};
     // The words live in an FTS5 index over the rows of zq_findtext, kept in step by triggers.
-    return {QStringLiteral("create table zq_findtext (id integer primary key autoincrement, ftable text not "
-                           "null, fcode text not null, fname text, ftext text, ftokens text, unique (ftable, "
-                           "fcode))"),
-            QStringLiteral("create virtual table zq_findidx using fts5(ftokens, content='zq_findtext', "
-                           "content_rowid='id', tokenize='unicode61')"),
-            QStringLiteral("create trigger zq_findtext_ai after insert on zq_findtext begin insert into "
-                           "zq_findidx(rowid, ftokens) values (new.id, new.ftokens); end"),
-            QStringLiteral("create trigger zq_findtext_ad after delete on zq_findtext begin insert into "
-                           "zq_findidx(zq_findidx, rowid, ftokens) values ('delete', old.id, old.ftokens); end"),
-            QStringLiteral("create trigger zq_findtext_au after update on zq_findtext begin insert into "
-                           "zq_findidx(zq_findidx, rowid, ftokens) values ('delete', old.id, old.ftokens); "
-                           "insert into zq_findidx(rowid, ftokens) values (new.id, new.ftokens); end")};
+    return {
+        QStringLiteral("create table zq_findtext (id integer primary key autoincrement, ftable text not "
+                       "null, fcode text not null, fname text, ftext text, ftokens text, unique (ftable, "
+                       "fcode))"),
+        QStringLiteral("create virtual table zq_findidx using fts5(ftokens, content='zq_findtext', "
+                       "content_rowid='id', tokenize='unicode61')"),
+        QStringLiteral("create trigger zq_findtext_ai after insert on zq_findtext begin insert into "
+                       "zq_findidx(rowid, ftokens) values (new.id, new.ftokens); end"),
+        QStringLiteral("create trigger zq_findtext_ad after delete on zq_findtext begin insert into "
+                       "zq_findidx(zq_findidx, rowid, ftokens) values ('delete', old.id, old.ftokens); end"),
+        QStringLiteral("create trigger zq_findtext_au after update on zq_findtext begin insert into "
+                       "zq_findidx(zq_findidx, rowid, ftokens) values ('delete', old.id, old.ftokens); "
+                       "insert into zq_findidx(rowid, ftokens) values (new.id, new.ftokens); end")};
 }
 
 QString Dialect::searchTokensMarker() const {

@@ -83,7 +83,7 @@ public:
     // value a document's tokens are stored as (bound to searchTokensMarker()), and the condition
     // (one ? marker, bound to searchQueryValue()) that finds documents holding every phrase.
     struct SearchPhrase {
-        QStringList tokens; // consecutive tokens
+        QStringList tokens;  // consecutive tokens
         bool prefix = false; // the last one may be the start of a longer token
     };
     QStringList searchIndexSchema() const;

@@ -33,7 +33,7 @@ bool isIdeograph(char32_t c) {
 // caller to search by text.
 struct Tokenised {
     QStringList tokens;
-    bool single = false; // a run of one Chinese character was met
+    bool single = false;     // a run of one Chinese character was met
     bool lastIsWord = false; // the last token is a word of letters or digits
 };
 
@@ -60,8 +60,10 @@ Tokenised tokenise(const QString& text) {
     };
     for (qsizetype i = 0; i < text.size(); ++i) {
         char32_t c = text[i].unicode();
-        if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text[i + 1].isLowSurrogate())
-            c = QChar::surrogateToUcs4(text[i].unicode(), text[++i].unicode());
+        if (QChar::isHighSurrogate(c) && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            c = QChar::surrogateToUcs4(text[i].unicode(), text[i + 1].unicode());
+            ++i;
+        }
         if (isIdeograph(c)) {
             flushWord();
             run << c;
@@ -98,14 +100,14 @@ void CreateSearchIndex(Connection& c) {
 }
 
 namespace {
-void indexRow(Connection& c, const QString& table, const QString& code, const QString& name, const QString& text) {
+void indexRow(Connection& c, const QString& table, const QString& code, const QString& name,
+              const QString& text) {
     const Dialect& d = c.dialect();
     const QString whole = (name + QLatin1Char('\n') + text).left(kIndexedChars);
     const QString tokens = d.searchTokensValue(SearchTokens(whole));
-    const int changed =
-        c.execute(QStringLiteral("update zq_findtext set fname=?, ftext=?, ftokens=") + d.searchTokensMarker() +
-                      QStringLiteral(" where ftable=? and fcode=?"),
-                  {name, whole, tokens, table.toLower(), code});
+    const int changed = c.execute(QStringLiteral("update zq_findtext set fname=?, ftext=?, ftokens=") +
+                                      d.searchTokensMarker() + QStringLiteral(" where ftable=? and fcode=?"),
+                                  {name, whole, tokens, table.toLower(), code});
     if (changed == 0)
         c.execute(QStringLiteral("insert into zq_findtext (ftable, fcode, fname, ftext, ftokens) values "
                                  "(?, ?, ?, ?, ") +
@@ -121,8 +123,8 @@ void IndexDocument(const QString& table, const QString& code, const QString& nam
 void IndexStoredTexts(Connection& c, const QString& table, const QString& condition) {
     QVector<QStringList> rows;
     {
-        Recordset rs(c, QStringLiteral("select fcode, fname, fDetail1 from ") + table + QStringLiteral(" where ") +
-                            condition);
+        Recordset rs(c, QStringLiteral("select fcode, fname, fDetail1 from ") + table +
+                            QStringLiteral(" where ") + condition);
         for (; !rs.eof(); rs.moveNext())
             rows.push_back({rs.text(0), rs.text(1), rs.text(2)});
     }
@@ -131,7 +133,8 @@ void IndexStoredTexts(Connection& c, const QString& table, const QString& condit
 }
 
 void UnindexDocument(const QString& table, const QString& code) {
-    conn().execute(QStringLiteral("delete from zq_findtext where ftable=? and fcode=?"), {table.toLower(), code});
+    conn().execute(QStringLiteral("delete from zq_findtext where ftable=? and fcode=?"),
+                   {table.toLower(), code});
 }
 
 void ClearIndex(const QString& table) {

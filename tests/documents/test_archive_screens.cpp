@@ -5,8 +5,8 @@
 #include "documents/ArchiveData.h"
 #include "documents/ArchiveFind.h"
 #include "documents/frmWd_DeptDict.h"
-#include "documents/frmWd_Filer.h"
 #include "documents/frmWd_dict.h"
+#include "documents/frmWd_Filer.h"
 #include "printing/PrintOutput.h"
 #include "services/Documents.h"
 #include "shell/Connection.h"
@@ -35,15 +35,16 @@ using namespace zq;
 
 namespace {
 
-void addRow(const QString& table, const QString& code, const QString& name, int kind, const QString& detail = {},
-            const QString& path = {}, int picture = 0, const QString& dept = {}) {
+void addRow(const QString& table, const QString& code, const QString& name, int kind,
+            const QString& detail = {}, const QString& path = {}, int picture = 0, const QString& dept = {}) {
     if (table == QLatin1String("tWd_File0"))
         test::exec(QStringLiteral("insert into tWd_File0 (fCode,fName,fYnxj,fLimited,fColor,fDetail1) values "
                                   "(?,?,?,0,0,?)"),
                    {code, name, kind, detail});
     else
-        test::exec(QStringLiteral("insert into tWd_File1 (fCode,fName,fYnxj,fBz,fFilePath,fBmCode,fDetail1,fLimited) "
-                                  "values (?,?,?,?,?,?,?,0)"),
+        test::exec(QStringLiteral(
+                       "insert into tWd_File1 (fCode,fName,fYnxj,fBz,fFilePath,fBmCode,fDetail1,fLimited) "
+                       "values (?,?,?,?,?,?,?,0)"),
                    {code, name, kind, picture, path, dept, detail});
 }
 
@@ -136,8 +137,9 @@ private slots:
         fillEntry(true, QStringLiteral("0101"), QStringLiteral("员工手册"));
         w<QComboBox>(QStringLiteral("cboDept"))->setCurrentText(QStringLiteral("人力资源部"));
         click(QStringLiteral("cmdSave"));
-        QCOMPARE(test::one(QStringLiteral("select fBmCode from tWd_File1 where fCode='0101'")), QStringLiteral("01"));
-        QCOMPARE(test::one(QStringLiteral("select count(*) from zq_optlog where fText like '增加文档类:%'")),
+        QCOMPARE(test::one(QStringLiteral("select fBmCode from tWd_File1 where fCode='0101'")),
+                 QStringLiteral("01"));
+        QCOMPARE(test::one(QStringLiteral("select count(*) from tSysLog where fText like '增加文档类:%'")),
                  QStringLiteral("2"));
         click(QStringLiteral("cmdCancel"));
         QVERIFY(FindInArchive(QStringLiteral("员工手册")).size() == 1);
@@ -152,7 +154,8 @@ private slots:
         QCOMPARE(m_prompts->shown().at(m_prompts->shown().size() - 2).text,
                  QStringLiteral("填写内容内容已经改变，是否存盘？"));
         QCOMPARE(m_prompts->messages().last(), QStringLiteral("(0101) 员工手册: 内容存盘完毕!"));
-        QCOMPARE(detail(QStringLiteral("tWd_File1"), QStringLiteral("0101")), QStringLiteral("新员工试用期为三个月"));
+        QCOMPARE(detail(QStringLiteral("tWd_File1"), QStringLiteral("0101")),
+                 QStringLiteral("新员工试用期为三个月"));
         QCOMPARE(FindInArchive(QStringLiteral("试用期")).value(0).code, QStringLiteral("0101"));
 
         // A quote cannot be stored; nothing changes.
@@ -160,10 +163,12 @@ private slots:
         w<QPlainTextEdit>(QStringLiteral("Text1"))->setPlainText(QStringLiteral("it's"));
         click(QStringLiteral("cmdPosOk"));
         QVERIFY(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!")));
-        QCOMPARE(detail(QStringLiteral("tWd_File1"), QStringLiteral("0101")), QStringLiteral("新员工试用期为三个月"));
+        QCOMPARE(detail(QStringLiteral("tWd_File1"), QStringLiteral("0101")),
+                 QStringLiteral("新员工试用期为三个月"));
         m_prompts->answer(vbNo);
         click(QStringLiteral("cmdPosCancel"));
-        QCOMPARE(w<QPlainTextEdit>(QStringLiteral("Text1"))->toPlainText(), QStringLiteral("新员工试用期为三个月"));
+        QCOMPARE(w<QPlainTextEdit>(QStringLiteral("Text1"))->toPlainText(),
+                 QStringLiteral("新员工试用期为三个月"));
         QVERIFY(w<QPlainTextEdit>(QStringLiteral("Text1"))->isReadOnly());
 
         // A change closes the panel; a changed class code leaves its children where they were.
@@ -179,7 +184,8 @@ private slots:
 
     void anotherClientsChangeIsNotOverwritten() {
         addRow(QStringLiteral("tWd_File1"), QStringLiteral("01"), QStringLiteral("制度"), 0);
-        addRow(QStringLiteral("tWd_File1"), QStringLiteral("0101"), QStringLiteral("手册"), 1, QStringLiteral("旧"));
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("0101"), QStringLiteral("手册"), 1,
+               QStringLiteral("旧"));
         open<frmWd_Filer>();
         clickNode(QStringLiteral("B0101"));
         click(QStringLiteral("cmdDetail"));
@@ -195,12 +201,14 @@ private slots:
         test::exec(QStringLiteral("update tWd_File1 set fName='别人改名' where fCode='0101'"));
         click(QStringLiteral("cmdSave"));
         QVERIFY(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!")));
-        QCOMPARE(test::one(QStringLiteral("select fName from tWd_File1 where fCode='0101'")), QStringLiteral("别人改名"));
+        QCOMPARE(test::one(QStringLiteral("select fName from tWd_File1 where fCode='0101'")),
+                 QStringLiteral("别人改名"));
     }
 
     void filerDeletesAndRefusesClassesWithEntries() {
         addRow(QStringLiteral("tWd_File1"), QStringLiteral("01"), QStringLiteral("制度"), 0);
-        addRow(QStringLiteral("tWd_File1"), QStringLiteral("0101"), QStringLiteral("手册"), 1, QStringLiteral("加班规定"));
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("0101"), QStringLiteral("手册"), 1,
+               QStringLiteral("加班规定"));
         ReindexArchive(false);
         open<frmWd_Filer>();
         clickNode(QStringLiteral("B01"));
@@ -240,11 +248,13 @@ private slots:
         QVERIFY(w<QRadioButton>(QStringLiteral("optDetail(0)"))->isChecked());
         QVERIFY(m_prompts->messages().isEmpty());
         clickNode(QStringLiteral("B0102"));
-        QCOMPARE(m_prompts->messages().last(), path(QStringLiteral("gone.png")) + QStringLiteral(" 文件已不存在"));
+        QCOMPARE(m_prompts->messages().last(),
+                 path(QStringLiteral("gone.png")) + QStringLiteral(" 文件已不存在"));
         QVERIFY(w<QRadioButton>(QStringLiteral("optDetail(1)"))->isChecked());
         QVERIFY(!w<QLabel>(QStringLiteral("imgPath"))->isVisible());
         clickNode(QStringLiteral("B0103"));
-        QCOMPARE(m_prompts->messages().last(), path(QStringLiteral("notes.txt")) + QStringLiteral(" 不是图形文件"));
+        QCOMPARE(m_prompts->messages().last(),
+                 path(QStringLiteral("notes.txt")) + QStringLiteral(" 不是图形文件"));
         // A document's text comes into the contents.
         clickNode(QStringLiteral("B0104"));
         QVERIFY(w<QToolButton>(QStringLiteral("cmdDocOpen"))->isEnabled());
@@ -288,6 +298,16 @@ private slots:
         click(QStringLiteral("cmdPrint"));
         PrintOutput::setPdfPath(QString());
         QVERIFY(test::pdfText(pdf).contains(QStringLiteral("销售合同")));
+        // A paper's text prints under its name.
+        test::exec(QStringLiteral("update tWd_File1 set fDetail1=? where fCode='0201'"),
+                   {QStringLiteral("甲方：示范实业\r\n乙方：某某贸易")});
+        clickNode(QStringLiteral("B0201"));
+        PrintOutput::setPdfPath(pdf);
+        click(QStringLiteral("cmdTextPrint"));
+        PrintOutput::setPdfPath(QString());
+        const QString text = test::pdfText(pdf);
+        QVERIFY2(text.contains(QStringLiteral("销售合同")) && text.contains(QStringLiteral("乙方：某某贸易")),
+                 qPrintable(text));
     }
 
     void findListsHitsAndShowsThem() {
@@ -315,7 +335,8 @@ private slots:
         QCOMPARE(m_form->currentCode(), QStringLiteral("0101"));
         w<QLineEdit>(QStringLiteral("txtFind"))->setText(QStringLiteral("没有的词"));
         m_form->findChild<ArchiveFind*>()->find();
-        QCOMPARE(w<QLabel>(QStringLiteral("lblFound"))->text(), QStringLiteral("没有找到含有“没有的词”的文档"));
+        QCOMPARE(w<QLabel>(QStringLiteral("lblFound"))->text(),
+                 QStringLiteral("没有找到含有“没有的词”的文档"));
     }
 
     void dictionaryIsThePlainMember() {
@@ -335,8 +356,9 @@ private slots:
         click(QStringLiteral("cmdSave"));
         click(QStringLiteral("cmdCancel"));
         QVERIFY(w<QFrame>(QStringLiteral("fraLeft"))->isEnabled());
-        QCOMPARE(test::one(QStringLiteral("select fLimited from tWd_File0 where fCode='01'")).toDouble(), 0.0);
-        QCOMPARE(test::one(QStringLiteral("select count(*) from zq_optlog where fText like '增加辞典:%'")),
+        QCOMPARE(test::one(QStringLiteral("select fLimited from tWd_File0 where fCode='01'")).toDouble(),
+                 0.0);
+        QCOMPARE(test::one(QStringLiteral("select count(*) from tSysLog where fText like '增加辞典:%'")),
                  QStringLiteral("2"));
         // Codes come back with a save, whatever the box says.
         w<QCheckBox>(QStringLiteral("chkNoListCode"))->click();
@@ -344,7 +366,9 @@ private slots:
         QCOMPARE(w<QTreeWidget>(QStringLiteral("Tree1"))->currentItem()->text(0), QStringLiteral("绩效"));
         click(QStringLiteral("cmdChg"));
         click(QStringLiteral("cmdSave"));
-        QVERIFY(w<QTreeWidget>(QStringLiteral("Tree1"))->findItems(QStringLiteral("0101\t绩效"), Qt::MatchRecursive).size() == 1);
+        QVERIFY(w<QTreeWidget>(QStringLiteral("Tree1"))
+                    ->findItems(QStringLiteral("0101\t绩效"), Qt::MatchRecursive)
+                    .size() == 1);
         // The root leaves the entry on show; contents stored with their message.
         clickNode(QStringLiteral("B0101"));
         clickNode(QStringLiteral("B"));
@@ -368,13 +392,13 @@ private slots:
         QVERIFY(picture.save(path(QStringLiteral("p.png"))));
         addDept(QStringLiteral("01"), QStringLiteral("总部"));
         addDept(QStringLiteral("0101"), QStringLiteral("行政部"));
-        addRow(QStringLiteral("tWd_File1"), QStringLiteral("A"), QStringLiteral("职责"), 0);
-        addRow(QStringLiteral("tWd_File1"), QStringLiteral("B"), QStringLiteral("图片"), 0);
-        addRow(QStringLiteral("tWd_File1"), QStringLiteral("A01"), QStringLiteral("总部职责"), 1, QStringLiteral("统筹"),
-               path(QStringLiteral("a.doc")), 0, QStringLiteral("01"));
-        addRow(QStringLiteral("tWd_File1"), QStringLiteral("A02"), QStringLiteral("孤儿"), 1, {}, {}, 0,
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("7"), QStringLiteral("职责"), 0);
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("8"), QStringLiteral("图片"), 0);
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("701"), QStringLiteral("总部职责"), 1,
+               QStringLiteral("统筹"), path(QStringLiteral("a.doc")), 0, QStringLiteral("01"));
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("702"), QStringLiteral("孤儿"), 1, {}, {}, 0,
                QStringLiteral("99"));
-        addRow(QStringLiteral("tWd_File1"), QStringLiteral("B01"), QStringLiteral("合影"), 1, {},
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("801"), QStringLiteral("合影"), 1, {},
                path(QStringLiteral("p.png")), 1, QStringLiteral("0101"));
         open<frmWd_DeptDict>();
         // The document without a department is told once and the rest still fills.
@@ -382,14 +406,14 @@ private slots:
         QVERIFY(m_prompts->messages().first().startsWith(QStringLiteral("[99]:部门编号已不存在，[孤儿]")));
         QCOMPARE(m_prompts->shown().first().title, QStringLiteral("人事管理"));
         QTreeWidgetItem* hq = w<QTreeWidget>(QStringLiteral("Tree1"))->topLevelItem(0)->child(0);
-        QCOMPARE(hq->child(0)->data(0, Qt::UserRole).toString(), QStringLiteral("A01R"));
+        QCOMPARE(hq->child(0)->data(0, Qt::UserRole).toString(), QStringLiteral("701R"));
         QCOMPARE(hq->child(1)->data(0, Qt::UserRole).toString(), QStringLiteral("B0101"));
-        QVERIFY(hasNode(QStringLiteral("B01R")));
+        QVERIFY(hasNode(QStringLiteral("801R")));
         QVERIFY(!w<QPushButton>(QStringLiteral("cmdAdd"))->isVisible());
-        clickNode(QStringLiteral("A01R"));
+        clickNode(QStringLiteral("701R"));
         QCOMPARE(w<QPlainTextEdit>(QStringLiteral("Text1"))->toPlainText(), QStringLiteral("统筹"));
         QVERIFY(w<QToolButton>(QStringLiteral("cmdDocOpen"))->isEnabled());
-        clickNode(QStringLiteral("B01R"));
+        clickNode(QStringLiteral("801R"));
         QVERIFY(w<QRadioButton>(QStringLiteral("optDetail(0)"))->isChecked());
         QVERIFY(!w<QToolButton>(QStringLiteral("cmdDocOpen"))->isEnabled());
         clickNode(QStringLiteral("B01"));
@@ -397,11 +421,10 @@ private slots:
         QVERIFY(!w<QToolButton>(QStringLiteral("cmdDocOpen"))->isEnabled());
         // A class chosen by the caller: only its documents, and the choice fixed.
         m_prompts->clear();
-        runCommand(QStringLiteral("mnuWdDept"), 1, {});
         open<frmWd_DeptDict>(2);
         QVERIFY(!w<QComboBox>(QStringLiteral("cboFiler"))->isEnabled());
-        QVERIFY(hasNode(QStringLiteral("B01R")));
-        QVERIFY(!hasNode(QStringLiteral("A01R")));
+        QVERIFY(hasNode(QStringLiteral("801R")));
+        QVERIFY(!hasNode(QStringLiteral("701R")));
         QVERIFY(m_prompts->messages().isEmpty());
     }
 

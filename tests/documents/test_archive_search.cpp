@@ -16,9 +16,10 @@ namespace {
 
 void addDocument(const QString& code, const QString& name, const QString& contents, const QString& path = {},
                  int picture = 0) {
-    test::exec(QStringLiteral("insert into tWd_File1 (fCode,fName,fYnxj,fBz,fFilePath,fBmCode,fDetail1,fLimited) "
-                              "values (?,?,1,?,?,'',?,0)"),
-               {code, name, picture, path, contents});
+    test::exec(
+        QStringLiteral("insert into tWd_File1 (fCode,fName,fYnxj,fBz,fFilePath,fBmCode,fDetail1,fLimited) "
+                       "values (?,?,1,?,?,'',?,0)"),
+        {code, name, picture, path, contents});
 }
 
 QStringList codesOf(const QVector<SearchHit>& hits) {
@@ -47,30 +48,32 @@ private slots:
         QCOMPARE(SearchTokens(QStringLiteral("员工手册")),
                  QStringList({QStringLiteral("员工"), QStringLiteral("工手"), QStringLiteral("手册")}));
         QCOMPARE(SearchTokens(QStringLiteral("图纸ZQ-001号, Ab")),
-                 QStringList({QStringLiteral("图纸"), QStringLiteral("zq"), QStringLiteral("001"), QStringLiteral("号"),
-                              QStringLiteral("ab")}));
+                 QStringList({QStringLiteral("图纸"), QStringLiteral("zq"), QStringLiteral("001"),
+                              QStringLiteral("号"), QStringLiteral("ab")}));
         QVERIFY(SearchTokens(QStringLiteral(" ,.;！")).isEmpty());
     }
 
     void findsWordsInNamesContentsAndFiles() {
         test::writeFile(path(QStringLiteral("finance.txt")),
                         QStringLiteral("财务管理规定\n费用报销须经部门经理签字。\n").toUtf8());
-        test::writeZip(path(QStringLiteral("safety.docx")),
-                       {{"[Content_Types].xml", "<Types/>"},
-                        {"word/document.xml",
-                         "<w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\">"
-                         "<w:body><w:p><w:r><w:t>安全生产责任制</w:t></w:r></w:p></w:body></w:document>"}});
+        test::writeZip(
+            path(QStringLiteral("safety.docx")),
+            {{"[Content_Types].xml", "<Types/>"},
+             {"word/document.xml",
+              "<w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\">"
+              "<w:body><w:p><w:r><w:t>安全生产责任制</w:t></w:r></w:p></w:body></w:document>"}});
         test::writeFile(path(QStringLiteral("yard.jpg")), "not read for words: 报销");
         Transaction t(conn());
         IndexArchiveEntry(QStringLiteral("0101001"), QStringLiteral("员工手册"), true,
                           QStringLiteral("第一章 招聘与录用\r\n新员工试用期为三个月。"), {}, false);
-        IndexArchiveEntry(QStringLiteral("0101002"), QStringLiteral("财务制度"), true, {}, path(QStringLiteral("finance.txt")),
-                          false);
+        IndexArchiveEntry(QStringLiteral("0101002"), QStringLiteral("财务制度"), true, {},
+                          path(QStringLiteral("finance.txt")), false);
         IndexArchiveEntry(QStringLiteral("0201001"), QStringLiteral("安全规程"), true, {},
                           path(QStringLiteral("safety.docx")), false);
         IndexArchiveEntry(QStringLiteral("0201002"), QStringLiteral("产品图纸ZQ-001"), true, {},
                           path(QStringLiteral("yard.jpg")), true);
-        IndexArchiveEntry(QStringLiteral("02"), QStringLiteral("技术文件"), false, QStringLiteral("试用期"), {}, false);
+        IndexArchiveEntry(QStringLiteral("02"), QStringLiteral("技术文件"), false, QStringLiteral("试用期"),
+                          {}, false);
         t.commit();
 
         QCOMPARE(found(QStringLiteral("试用期")), QStringList{QStringLiteral("0101001")});
@@ -79,7 +82,8 @@ private slots:
         QCOMPARE(hit.line, QStringLiteral("新员工试用期为三个月。"));
         // From a linked text file and a word-processor file; a picture's bytes are not words.
         QCOMPARE(found(QStringLiteral("报销")), QStringList{QStringLiteral("0101002")});
-        QCOMPARE(FindInArchive(QStringLiteral("报销")).value(0).line, QStringLiteral("费用报销须经部门经理签字。"));
+        QCOMPARE(FindInArchive(QStringLiteral("报销")).value(0).line,
+                 QStringLiteral("费用报销须经部门经理签字。"));
         QCOMPARE(found(QStringLiteral("安全生产")), QStringList{QStringLiteral("0201001")});
         // Latin words by their start, whatever the case and the punctuation.
         QCOMPARE(found(QStringLiteral("zq-001")), QStringList{QStringLiteral("0201002")});
@@ -108,7 +112,8 @@ private slots:
         QCOMPARE(found(QStringLiteral("旷工")), QStringList{QStringLiteral("0101")});
         {
             Transaction t(conn());
-            IndexArchiveEntry(QStringLiteral("0101"), QStringLiteral("考勤制度"), true, QStringLiteral("打卡"), {}, false);
+            IndexArchiveEntry(QStringLiteral("0101"), QStringLiteral("考勤制度"), true,
+                              QStringLiteral("打卡"), {}, false);
             UnindexDocument(ArchiveTable(), QStringLiteral("0102"));
             t.commit();
         }
@@ -118,14 +123,16 @@ private slots:
         // A rolled-back save leaves the index as it was.
         {
             Transaction t(conn());
-            IndexArchiveEntry(QStringLiteral("0101"), QStringLiteral("考勤制度"), true, QStringLiteral("加班"), {}, false);
+            IndexArchiveEntry(QStringLiteral("0101"), QStringLiteral("考勤制度"), true,
+                              QStringLiteral("加班"), {}, false);
         }
         QCOMPARE(found(QStringLiteral("打卡")), QStringList{QStringLiteral("0101")});
         QVERIFY(found(QStringLiteral("加班")).isEmpty());
     }
 
     void matchingLineIsCutAroundTheWord() {
-        const QString long_ = QString(100, QChar(u'甲')) + QStringLiteral("关键") + QString(100, QChar(u'乙'));
+        const QString long_ =
+            QString(100, QChar(u'甲')) + QStringLiteral("关键") + QString(100, QChar(u'乙'));
         const QString line = MatchingLine(QStringLiteral("标题\n") + long_, {QStringLiteral("关键")}, 30);
         QVERIFY(line.contains(QStringLiteral("关键")));
         QVERIFY(line.startsWith(QStringLiteral("…")) && line.endsWith(QStringLiteral("…")));

@@ -4,6 +4,9 @@
 #include "TestDb.h"
 
 #include "admin/Demo.h"
+#include "documents/frmWd_DeptDict.h"
+#include "documents/frmWd_Filer.h"
+#include "documents/frmWd_dict.h"
 #include "office/frmBg_Meeting.h"
 #include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
@@ -21,11 +24,15 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
+#include <QFile>
 #include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QStyle>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTreeWidget>
 #include <QTest>
 
 using namespace zq;
@@ -189,6 +196,36 @@ private slots:
             QVERIFY2(box->fontMetrics().horizontalAdvance(box->text()) + 8 <= box->width(),
                      qPrintable(box->text()));
         }
+    }
+
+    void archiveScreensShowTheDemoPapers() {
+        // Every paper of the demo archive opens without a complaint: its files and pictures exist
+        // beside a file company, and a server company's papers hold their texts only.
+        auto& prompts = scriptPrompts();
+        frmWd_Filer filer;
+        filer.show();
+        auto* tree = child<QTreeWidget>(filer, QStringLiteral("Tree1"));
+        int papers = 0;
+        for (QTreeWidgetItemIterator it(tree); *it; ++it)
+            if ((*it)->childCount() == 0 && (*it)->parent()) {
+                filer.Tree1_NodeClick(*it);
+                ++papers;
+                if (child<QLabel>(filer, QStringLiteral("imgPath"))->isVisible() && papers > 1 &&
+                    !QFile::exists(QString::fromUtf8(qgetenv("ZQRS_SHOT_DIR")) + QStringLiteral("/archive.png")))
+                    test::saveShot(filer, QStringLiteral("archive"));
+            }
+        QVERIFY(papers > 10);
+        QVERIFY2(prompts.messages().isEmpty(), qPrintable(prompts.messages().join(QLatin1Char('\n'))));
+        QVERIFY(!child<QPlainTextEdit>(filer, QStringLiteral("Text1"))->toPlainText().isEmpty());
+        frmWd_DeptDict byDept;
+        byDept.show();
+        QApplication::processEvents();
+        test::saveShot(byDept, QStringLiteral("archive_by_department"));
+        frmWd_dict dict;
+        dict.show();
+        QApplication::processEvents();
+        test::saveShot(dict, QStringLiteral("dictionary"));
+        QVERIFY(prompts.messages().isEmpty());
     }
 
     void adminGridsShowEveryCellWhole() {

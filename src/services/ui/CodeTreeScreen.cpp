@@ -30,6 +30,7 @@
 #include <QStyle>
 #include <QToolButton>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 #include <QVBoxLayout>
 
 namespace zq {
@@ -47,7 +48,8 @@ QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
     return b;
 }
 
-QToolButton* pictureButton(QWidget* parent, const char* name, QStyle::StandardPixmap icon, const QString& hint) {
+QToolButton* pictureButton(QWidget* parent, const char* name, QStyle::StandardPixmap icon,
+                           const QString& hint) {
     auto* b = named(new QToolButton(parent), QLatin1String(name));
     b->setIcon(parent->style()->standardIcon(icon));
     b->setToolTip(hint);
@@ -115,8 +117,10 @@ void CodeTreeScreen::buildControls(const QString& caption) {
         m_cboFiler = named(new QComboBox(m_fraLeft), QStringLiteral("cboFiler"));
         left->addWidget(m_cboFiler);
     }
-    m_chkNoListCode = named(new QCheckBox(QStringLiteral("不显示<编码>"), m_fraLeft), QStringLiteral("chkNoListCode"));
-    m_chkTotalMan = named(new QCheckBox(QStringLiteral("统计图档数目"), m_fraLeft), QStringLiteral("chkTotalMan"));
+    m_chkNoListCode =
+        named(new QCheckBox(QStringLiteral("不显示<编码>"), m_fraLeft), QStringLiteral("chkNoListCode"));
+    m_chkTotalMan =
+        named(new QCheckBox(QStringLiteral("统计图档数目"), m_fraLeft), QStringLiteral("chkTotalMan"));
     m_chkTotalMan->setVisible(m_features.totals);
     auto* checks = new QHBoxLayout;
     checks->addWidget(m_chkNoListCode);
@@ -176,8 +180,9 @@ void CodeTreeScreen::buildControls(const QString& caption) {
     auto* viewRow = new QHBoxLayout;
     if (m_features.files) {
         for (int i = 0; i < 2; ++i) {
-            auto* opt = named(new QRadioButton(i == 0 ? QStringLiteral("内容+图片") : QStringLiteral("内容"), m_fraRight),
-                              QStringLiteral("optDetail(%1)").arg(i));
+            auto* opt = named(
+                new QRadioButton(i == 0 ? QStringLiteral("内容+图片") : QStringLiteral("内容"), m_fraRight),
+                QStringLiteral("optDetail(%1)").arg(i));
             m_optDetail->addButton(opt, i);
             viewRow->addWidget(opt);
         }
@@ -188,8 +193,7 @@ void CodeTreeScreen::buildControls(const QString& caption) {
     }
     m_optDetail->button(1)->setChecked(true);
     viewRow->addStretch();
-    m_cmdTextPrint = pictureButton(m_fraRight, "cmdTextPrint", QStyle::SP_DialogSaveButton,
-                                   QStringLiteral("打印内容"));
+    m_cmdTextPrint = button(m_fraRight, "cmdTextPrint", QStringLiteral("打印内容"));
     viewRow->addWidget(m_cmdTextPrint);
     right->addLayout(viewRow);
     m_split = named(new QSplitter(Qt::Vertical, m_fraRight), QStringLiteral("fraSplit"));
@@ -210,10 +214,12 @@ void CodeTreeScreen::buildControls(const QString& caption) {
     right->addWidget(m_split, 1);
     auto* fileRow = new QHBoxLayout;
     if (m_features.files) {
-        m_lblFileMemo = named(new QLabel(QStringLiteral("文件路径"), m_fraRight), QStringLiteral("LblFileMemo"));
+        m_lblFileMemo =
+            named(new QLabel(QStringLiteral("文件路径"), m_fraRight), QStringLiteral("LblFileMemo"));
         m_txtPath2 = named(new QLineEdit(m_fraRight), QStringLiteral("txtPath2"));
         m_txtPath2->setReadOnly(true);
-        m_cmdDocOpen = pictureButton(m_fraRight, "cmdDocOpen", QStyle::SP_FileIcon, QStringLiteral("打开文档"));
+        m_cmdDocOpen =
+            pictureButton(m_fraRight, "cmdDocOpen", QStyle::SP_FileIcon, QStringLiteral("打开文档"));
         m_cmdDocCopy = pictureButton(m_fraRight, "cmdDocCopy", QStyle::SP_FileDialogContentsView,
                                      QStringLiteral("复制文档内容"));
         m_cmdDocOpen->setEnabled(false);
@@ -253,7 +259,8 @@ void CodeTreeScreen::buildControls(const QString& caption) {
     connect(m_tree, &QTreeWidget::itemDoubleClicked, this, [this] {
         if (m_features.editing && m_cmdChg->isEnabled()) guarded([this] { cmdChg_Click(); });
     });
-    connect(m_chkNoListCode, &QCheckBox::clicked, this, [this] { guarded([this] { RefreshTree(); }); });
+    connect(m_chkNoListCode, &QCheckBox::clicked, this,
+            [this] { guarded([this] { chkNoListCode_Click(); }); });
     connect(m_chkTotalMan, &QCheckBox::clicked, this, [this] { guarded([this] { RefreshTree(); }); });
     connect(m_text1, &QPlainTextEdit::textChanged, this, [this] {
         if (!m_filling) m_tag = true;
@@ -346,6 +353,16 @@ void CodeTreeScreen::setCurrent(const QString& code, const QString& name) {
     publishCurrent();
 }
 
+void CodeTreeScreen::selectNode(const QString& key) {
+    QTreeWidgetItem* node = FindNode(m_tree, key);
+    if (!node) return;
+    m_filling = true;
+    m_tree->setCurrentItem(node);
+    m_filling = false;
+    m_tree->scrollToItem(node);
+    Tree1_NodeClick(node);
+}
+
 void CodeTreeScreen::publishCurrent() {
     G().CurPersonCode = m_curCode;
     G().CurPersonName = m_curName;
@@ -367,8 +384,16 @@ void CodeTreeScreen::buildTree() {
     m_filling = false;
 }
 
+QIcon CodeTreeScreen::entryIcon() const {
+    return style()->standardIcon(QStyle::SP_FileIcon);
+}
+
 void CodeTreeScreen::RefreshTree() {
     buildTree();
+    // The tree service draws entries as posts; here they are papers.
+    const QIcon icon = entryIcon();
+    for (QTreeWidgetItemIterator it(m_tree); *it; ++it)
+        if (NodeImage(*it) == ImagePost) (*it)->setIcon(0, icon);
 }
 
 bool CodeTreeScreen::askToStore() {
@@ -482,7 +507,8 @@ void CodeTreeScreen::cmdSave_Click() {
         box->setFocus();
         box->selectAll();
     };
-    switch (CheckCodeSave(m_table, m_editMode, code, name, m_curCode, m_curName)) {
+    switch (
+        CheckCodeSave(m_table, m_editMode, code, name, m_curCode, m_curName, m_features.nameChecksFirst)) {
     case CodeSaveCheck::EmptyCode:
         return refuse(emptyMessage(true), vbOKOnly, m_txtCode);
     case CodeSaveCheck::EmptyName:
@@ -521,14 +547,14 @@ void CodeTreeScreen::cmdSave_Click() {
 void CodeTreeScreen::cmdDel_Click() {
     if (m_curCode.isEmpty()) return;
     const bool wasClass = isClass();
-    const QString desc = (wasClass ? m_classWord : m_entryWord) + QStringLiteral(" ( ") + m_curName +
-                         QStringLiteral(" )");
+    const QString desc =
+        (wasClass ? m_classWord : m_entryWord) + QStringLiteral(" ( ") + m_curName + QStringLiteral(" )");
     if (wasClass && HasLowerCodes(m_table, m_curCode)) {
         ShowMsg(desc + m_lowerLevels, vbInformation, windowTitle());
         return;
     }
-    if (ShowMsg(QStringLiteral("是否删除: ") + desc + QStringLiteral(" ?"), vbYesNo + vbQuestion, windowTitle()) !=
-        vbYes)
+    if (ShowMsg(QStringLiteral("是否删除: ") + desc + QStringLiteral(" ?"), vbYesNo + vbQuestion,
+                windowTitle()) != vbYes)
         return;
     const QString code = m_curCode;
     if (!SaveOrTell(this, [&] { DeleteCodeRow(m_table, code, [&] { alongsideDelete(code); }); })) return;
@@ -545,7 +571,8 @@ void CodeTreeScreen::cmdDel_Click() {
 void CodeTreeScreen::cmdDetail_Click() {
     // Without an entry the contents belong to nothing and a store would go nowhere.
     if (m_curCode.isEmpty()) {
-        ShowMsg(QStringLiteral("请先选择") + m_entryWord + QStringLiteral("！"), vbExclamation, windowTitle());
+        ShowMsg(QStringLiteral("请先选择") + m_entryWord + QStringLiteral("！"), vbExclamation,
+                windowTitle());
         return;
     }
     setMode(Mode::Contents);
@@ -632,8 +659,8 @@ bool CodeTreeScreen::showPictureOrTell(const QString& path) {
         if (m_optDetail->button(0)->isEnabled()) optDetail_Click(0);
         return true;
     }
-    ShowMsg(path + (exists ? QStringLiteral(" 不是图形文件") : QStringLiteral(" 文件已不存在")), vbExclamation,
-            windowTitle());
+    ShowMsg(path + (exists ? QStringLiteral(" 不是图形文件") : QStringLiteral(" 文件已不存在")),
+            vbExclamation, windowTitle());
     clearPicture();
     optDetail_Click(1);
     return false;
@@ -651,8 +678,8 @@ void CodeTreeScreen::fitPicture() {
     const QPixmap picture = m_imgPath->property("picture").value<QPixmap>();
     if (picture.isNull()) return;
     const QSize room = m_imgPath->contentsRect().size().boundedTo(picture.size());
-    m_imgPath->setPixmap(room.isEmpty() ? picture
-                                        : picture.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    m_imgPath->setPixmap(
+        room.isEmpty() ? picture : picture.scaled(room, Qt::KeepAspectRatio, Qt::SmoothTransformation));
 }
 
 void CodeTreeScreen::setFilePath(const QString& path) {

@@ -3,8 +3,9 @@
 #include "services/CodeTreeData.h"
 #include "shell/Recordset.h"
 
-#include <QDialog>
 #include <functional>
+#include <QDialog>
+#include <QIcon>
 #include <QString>
 
 class QButtonGroup;
@@ -66,12 +67,13 @@ public:
 protected:
     // What a screen of the family has.
     struct Features {
-        bool editing = true;        // entry panel, add, change, delete and contents
-        bool files = false;         // file path, picture, open and copy
+        bool editing = true; // entry panel, add, change, delete and contents
+        bool files = false;  // file path, picture, open and copy
         bool lockTreeWhileEditing = false;
-        bool totals = true;         // the box that counts on the nodes
-        bool filer = false;         // the class combo above the tree
-        int copyLines = 1000;       // lines a document's text brings into the contents
+        bool totals = true;           // the box that counts on the nodes
+        bool filer = false;           // the class combo above the tree
+        int copyLines = 1000;         // lines a document's text brings into the contents
+        bool nameChecksFirst = false; // a save checks the name is free before the code
     };
     CodeTreeScreen(QWidget* parent, const char* objectName, const QString& caption, const Features& features);
 
@@ -80,8 +82,12 @@ protected:
     // The tree as the boxes say; by default the rows of the table under treePrefix().
     virtual void buildTree();
     virtual QString treePrefix() const { return {}; }
+    // The picture of an entry (a leaf that is no class) in the tree.
+    virtual QIcon entryIcon() const;
     // A click on a node other than the root; by default the row of the node's code is shown.
     virtual void nodeChosen(QTreeWidgetItem* node);
+    // The box that hides the codes was clicked.
+    virtual void chkNoListCode_Click() { RefreshTree(); }
     // A click on the root, the company; by default what is on show stays.
     virtual void rootChosen() {}
     // Fills the page from a row read by its code (empty when there is none).
@@ -109,6 +115,8 @@ protected:
 
     void setMode(Mode mode);
     void setCurrent(const QString& code, const QString& name);
+    // Selects the node of a key and shows its entry, as a click on it would.
+    void selectNode(const QString& key);
     void readRecord(const QString& code);
     bool contentsChanged() const { return m_tag; }
     void setContents(const QString& stored);
@@ -125,18 +133,18 @@ protected:
     void guarded(const std::function<void()>& f);
 
     QString m_table;
-    QString m_word;               // the kind of row in messages and log lines
-    QString m_classWord;          // a class and an entry in the delete question
+    QString m_word;      // the kind of row in messages and log lines
+    QString m_classWord; // a class and an entry in the delete question
     QString m_entryWord;
-    QString m_lowerLevels;        // refusal of a class that still holds entries
+    QString m_lowerLevels; // refusal of a class that still holds entries
     int m_screenState = 0;
-    int m_editMode = 0;           // 0 browse, 1 new, 2 change
+    int m_editMode = 0; // 0 browse, 1 new, 2 change
     bool m_filling = false;
     bool m_loaded = false;
     Features m_features;
     RowSnapshot m_loadedRow;
-    QString m_savedText;          // the contents as stored
-    bool m_tag = false;           // contents edited and not stored
+    QString m_savedText; // the contents as stored
+    bool m_tag = false;  // contents edited and not stored
 
     QHBoxLayout* m_topRow;
     QPushButton* m_cmdAdd;
@@ -173,7 +181,7 @@ protected:
     QLineEdit* m_txtPath2 = nullptr;
     QToolButton* m_cmdDocOpen = nullptr;
     QToolButton* m_cmdDocCopy = nullptr;
-    QToolButton* m_cmdTextPrint;
+    QPushButton* m_cmdTextPrint;
     QPushButton* m_cmdPosOk;
     QPushButton* m_cmdPosCancel;
 
