@@ -270,6 +270,13 @@ private slots:
         static_cast<frmWd_Filer&>(*m_form).txtPath_LostFocus();
         QCOMPARE(m_prompts->messages().last(), QStringLiteral("该文件不存在!"));
         QVERIFY(w<QLineEdit>(QStringLiteral("txtPath"))->text().isEmpty());
+        // A path with a quote cannot be stored; the entry stays as it was.
+        w<QLineEdit>(QStringLiteral("txtPath"))->setText(path(QStringLiteral("it's.txt")));
+        click(QStringLiteral("cmdSave"));
+        QVERIFY(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!")));
+        QVERIFY(w<QFrame>(QStringLiteral("Picture1"))->isVisible());
+        QCOMPARE(test::one(QStringLiteral("select fFilePath from tWd_File1 where fCode='0104'")),
+                 path(QStringLiteral("notes.txt")));
         click(QStringLiteral("cmdCancel"));
         // Opening a file gone since it was filed.
         test::exec(QStringLiteral("update tWd_File1 set fFilePath=? where fCode='0104'"),
