@@ -26,6 +26,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QResizeEvent>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStyle>
 #include <QToolButton>
@@ -391,9 +392,14 @@ QIcon CodeTreeScreen::entryIcon() const {
 void CodeTreeScreen::RefreshTree() {
     buildTree();
     // The tree service draws entries as posts; here they are papers.
+    // Quietly, or the view would measure the whole column again for every icon.
     const QIcon icon = entryIcon();
-    for (QTreeWidgetItemIterator it(m_tree); *it; ++it)
-        if (NodeImage(*it) == ImagePost) (*it)->setIcon(0, icon);
+    {
+        const QSignalBlocker quiet(m_tree->model());
+        for (QTreeWidgetItemIterator it(m_tree); *it; ++it)
+            if (NodeImage(*it) == ImagePost) (*it)->setIcon(0, icon);
+    }
+    m_tree->viewport()->update();
 }
 
 bool CodeTreeScreen::askToStore() {
