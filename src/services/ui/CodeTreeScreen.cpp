@@ -51,15 +51,14 @@ CodeTreeScreen::CodeTreeScreen(QWidget* parent, const char* objectName, const QS
     setObjectName(QLatin1String(objectName));
     setWindowTitle(caption);
     setWindowFlag(Qt::WindowMaximizeButtonHint);
-    buildControls(caption);
+    buildControls();
     // Below 9720 by 6900 twips the panels would overlap.
     setMinimumSize(648, 460);
     resize(960, 620);
     setMode(Mode::Browse);
 }
 
-void CodeTreeScreen::buildControls(const QString& caption) {
-    (void)caption;
+void CodeTreeScreen::buildControls() {
     m_cmdAdd = NamedButton(this, "cmdAdd", QStringLiteral("新增(&A)"));
     m_cmdChg = NamedButton(this, "cmdChg", QStringLiteral("修改(&C)"));
     m_cmdDel = NamedButton(this, "cmdDel", QStringLiteral("删除(&D)"));

@@ -192,7 +192,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void buildControls(const QString& caption);
+    void buildControls();
     bool askToStore();
     void fitPicture();
 
