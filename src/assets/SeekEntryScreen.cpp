@@ -258,6 +258,16 @@ bool SeekEntryScreen::tell(const QString& message, int style) {
     return false;
 }
 
+bool SeekEntryScreen::passes(const EntryCheck& check) {
+    if (check.message.isEmpty()) return true;
+    tell(check.message, check.style);
+    if (QLineEdit* box = m_text3.value(check.box)) {
+        box->setFocus();
+        box->selectAll();
+    }
+    return false;
+}
+
 bool SeekEntryScreen::confirm(const QString& message, const QString& title) {
     return ShowMsg(message, vbYesNo + vbQuestion, title.isEmpty() ? windowTitle() : title) == vbYes;
 }

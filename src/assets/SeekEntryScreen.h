@@ -20,6 +20,7 @@ namespace zq {
 
 class Recordset;
 class ZqGrid;
+struct EntryCheck;
 
 // The screens of a person's items kept in one table (loans, certificates): a search panel of check
 // boxes over a grid, the entry panel that adds and changes a row, and the small panel that ties an
@@ -98,6 +99,8 @@ protected:
     QString entryText(int index) const;
     void setEntryText(int index, const QString& text);
     bool tell(const QString& message, int style = 48);
+    // Tells what stops a save and goes to its box; true when nothing does.
+    bool passes(const EntryCheck& check);
     bool confirm(const QString& message, const QString& title = {});
     QLineEdit* entryBox(int index) const { return m_text3.value(index); }
     QLabel* label(int index) const { return m_labels.value(index); }

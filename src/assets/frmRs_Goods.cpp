@@ -188,15 +188,7 @@ void frmRs_Goods::cmdOk_Click() {
     for (int i = 0; i < 12; ++i)
         e.fields[i] = i == 9 ? QString() : entryText(i);
     e.loanDate = m_entryDates[9]->date();
-    const EntryCheck check = CheckLoanEntry(e, captions());
-    if (!check.message.isEmpty()) {
-        tell(check.message, check.style);
-        if (QLineEdit* box = entryBox(check.box)) {
-            box->setFocus();
-            box->selectAll();
-        }
-        return;
-    }
+    if (!passes(CheckLoanEntry(e, captions()))) return;
     const bool adding = m_mode == 1;
     if (!confirm(adding ? QStringLiteral("确定：新增当前记录？") : QStringLiteral("确定：修改当前记录？"),
                  QStringLiteral("必须明确")))

@@ -172,15 +172,7 @@ void frmRs_Identify::cmdOk_Click() {
     CardEntry e;
     for (int i = 0; i < 9; ++i)
         e.fields[i] = entryText(i);
-    const EntryCheck check = CheckCardEntry(e, captions());
-    if (!check.message.isEmpty()) {
-        tell(check.message, check.style);
-        if (QLineEdit* box = entryBox(check.box)) {
-            box->setFocus();
-            box->selectAll();
-        }
-        return;
-    }
+    if (!passes(CheckCardEntry(e, captions()))) return;
     if (ShowMsg(QStringLiteral("确定：保存当前记录？"), vbYesNo + vbQuestion) != vbYes) return;
     if (!SaveOrTell(this, [&] { SaveCard(e); })) return;
     tell(QStringLiteral("存盘完毕!"), 64);

@@ -396,8 +396,13 @@ void CodeTreeScreen::RefreshTree() {
     buildTree();
     // The tree service draws entries as posts; here they are papers.
     const QIcon icon = entryIcon();
+    if (icon.cacheKey() == TreeImageIcon(ImagePost).cacheKey()) return;
+    // A column sized to its contents would measure every node again at each node's change.
+    QHeaderView* header = m_tree->header();
+    header->setSectionResizeMode(0, QHeaderView::Interactive);
     for (QTreeWidgetItemIterator it(m_tree); *it; ++it)
         if (NodeImage(*it) == ImagePost) (*it)->setIcon(0, icon);
+    header->setSectionResizeMode(0, QHeaderView::ResizeToContents);
 }
 
 bool CodeTreeScreen::askToStore() {
