@@ -6,6 +6,7 @@
 #include "services/ui/BriefDialog.h"
 #include "services/ui/Grid.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
@@ -32,17 +33,6 @@ namespace zq {
 
 namespace {
 
-template <typename W> W* named(W* w, const QString& name) {
-    w->setObjectName(name);
-    return w;
-}
-
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = named(new QPushButton(caption, parent), QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
 QDateEdit* dateEdit(QWidget* parent, const QString& name) {
     auto* d = named(new QDateEdit(QDate::currentDate(), parent), name);
     d->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
@@ -58,13 +48,13 @@ SeekEntryScreen::SeekEntryScreen(QWidget* parent, const char* objectName, const 
     , m_labelName(labelName) {
     setObjectName(QLatin1String(objectName));
     setWindowFlag(Qt::WindowMaximizeButtonHint);
-    m_cmdSeek = button(this, "cmdSeek", QStringLiteral("查询(&S)"));
-    m_cmdAdd = button(this, "cmdAdd", QStringLiteral("新增(&A)"));
-    m_cmdChg = button(this, "cmdChg", QStringLiteral("修改(&C)"));
-    m_cmdDEL = button(this, "cmdDEL", QStringLiteral("删除(&D)"));
-    m_cmdPrint = button(this, "cmdPrint", QStringLiteral("打印(&P)"));
-    m_cmdQuit = button(this, "cmdQuit", QStringLiteral("退出>>"));
-    m_cmdStaff = button(this, "cmdStaff", QStringLiteral("选择员工"));
+    m_cmdSeek = NamedButton(this, QStringLiteral("cmdSeek"), QStringLiteral("查询(&S)"));
+    m_cmdAdd = NamedButton(this, QStringLiteral("cmdAdd"), QStringLiteral("新增(&A)"));
+    m_cmdChg = NamedButton(this, QStringLiteral("cmdChg"), QStringLiteral("修改(&C)"));
+    m_cmdDEL = NamedButton(this, QStringLiteral("cmdDEL"), QStringLiteral("删除(&D)"));
+    m_cmdPrint = NamedButton(this, QStringLiteral("cmdPrint"), QStringLiteral("打印(&P)"));
+    m_cmdQuit = NamedButton(this, QStringLiteral("cmdQuit"), QStringLiteral("退出>>"));
+    m_cmdStaff = NamedButton(this, QStringLiteral("cmdStaff"), QStringLiteral("选择员工"));
     m_seekPanel = named(new QFrame(this), QStringLiteral("fraSeek"));
     m_seekPanel->setFrameShape(QFrame::StyledPanel);
     m_seekGrid = new QGridLayout(m_seekPanel);
@@ -76,17 +66,17 @@ SeekEntryScreen::SeekEntryScreen(QWidget* parent, const char* objectName, const 
     m_pict = named(new QFrame(this), QStringLiteral("Pict"));
     m_pict->setFrameShape(QFrame::StyledPanel);
     m_entryGrid = new QGridLayout(m_pict);
-    m_cmdStaff2 = button(m_pict, "cmdStaff2", QStringLiteral("选择员工"));
-    m_cmdOk = button(m_pict, okName, QStringLiteral("确定(&O)"));
-    m_cmdCancel = button(m_pict, cancelName, QStringLiteral("取消>>"));
+    m_cmdStaff2 = NamedButton(m_pict, QStringLiteral("cmdStaff2"), QStringLiteral("选择员工"));
+    m_cmdOk = NamedButton(m_pict, QLatin1String(okName), QStringLiteral("确定(&O)"));
+    m_cmdCancel = NamedButton(m_pict, QLatin1String(cancelName), QStringLiteral("取消>>"));
 
     m_pictTag = named(new QFrame(this), QStringLiteral("pictTag"));
     m_pictTag->setFrameShape(QFrame::StyledPanel);
     auto* tagRow = new QHBoxLayout(m_pictTag);
     m_txtLblTag = named(new QLineEdit(m_pictTag), QStringLiteral("txtLblTag"));
-    auto* cmdItemSel = button(m_pictTag, "cmdItemSel", QStringLiteral("..."));
-    auto* cmdItem = button(m_pictTag, "cmdItem", QStringLiteral("确定"));
-    auto* cmdItemCancel = button(m_pictTag, "cmdItemCancel", QStringLiteral("取消"));
+    auto* cmdItemSel = NamedButton(m_pictTag, QStringLiteral("cmdItemSel"), QStringLiteral("..."));
+    auto* cmdItem = NamedButton(m_pictTag, QStringLiteral("cmdItem"), QStringLiteral("确定"));
+    auto* cmdItemCancel = NamedButton(m_pictTag, QStringLiteral("cmdItemCancel"), QStringLiteral("取消"));
     tagRow->addWidget(named(new QLabel(QStringLiteral("备选项目:"), m_pictTag), QStringLiteral("lblTag")));
     for (QWidget* w : std::initializer_list<QWidget*>{m_txtLblTag, cmdItemSel, cmdItem, cmdItemCancel})
         tagRow->addWidget(w);
@@ -136,7 +126,7 @@ QComboBox* SeekEntryScreen::seekOperators(const QString& name) {
 }
 
 void SeekEntryScreen::addSeekRow(int index, const QList<QWidget*>& inputs) {
-    auto* check = named(new QCheckBox(m_seekPanel), QStringLiteral("Check1(%1)").arg(index));
+    auto* check = named(new QCheckBox(m_seekPanel), ArrayName("Check1", index));
     m_check1[index] = check;
     m_seekInputs[index] = inputs;
     // Three rows to a column of the panel.
@@ -159,7 +149,7 @@ void SeekEntryScreen::addSeekRow(int index, const QList<QWidget*>& inputs) {
 }
 
 QLineEdit* SeekEntryScreen::addEntryBox(int index, int maxLength) {
-    auto* box = named(new QLineEdit(m_pict), QStringLiteral("Text3(%1)").arg(index));
+    auto* box = named(new QLineEdit(m_pict), ArrayName("Text3", index));
     attachKeyFilter(box, maxLength);
     box->setProperty("entryIndex", index);
     wireBox(box);

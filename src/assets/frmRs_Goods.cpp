@@ -4,6 +4,7 @@
 #include "services/Lookups.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
+#include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -33,8 +34,8 @@ frmRs_Goods::frmRs_Goods(QWidget* parent)
             inputs << seekDate(QStringLiteral("DTPTime%1").arg(i == 9 ? 1 : 3))
                    << seekDate(QStringLiteral("DTPTime%1").arg(i == 9 ? 2 : 4));
         } else {
-            inputs << seekBox(QStringLiteral("Text2(%1)").arg(i), kMaxLength[i]);
-            if (i >= 4 && i <= 7) inputs << seekBox(QStringLiteral("Text1(%1)").arg(i - 4), kMaxLength[i]);
+            inputs << seekBox(ArrayName("Text2", i), kMaxLength[i]);
+            if (i >= 4 && i <= 7) inputs << seekBox(ArrayName("Text1", i - 4), kMaxLength[i]);
         }
         addSeekRow(i, inputs);
         if (i == 9)

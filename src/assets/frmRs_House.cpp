@@ -7,6 +7,7 @@
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -39,9 +40,7 @@ frmRs_House::frmRs_House(QWidget* parent)
     m_cmdQuit->setText(QStringLiteral("退出>>"));
     m_cmdPosCancel->setText(QStringLiteral("取消>>"));
     m_chkTotalMan->setText(QStringLiteral("统计人数"));
-    m_cmdListOption = new QPushButton(QStringLiteral("栏目选项"), this);
-    m_cmdListOption->setObjectName(QStringLiteral("CmdlistOption"));
-    m_cmdListOption->setAutoDefault(false);
+    m_cmdListOption = NamedButton(this, QStringLiteral("CmdlistOption"), QStringLiteral("栏目选项"));
     m_cmdListOption->hide();
     m_topRow->insertWidget(m_topRow->indexOf(m_cmdPrint), m_cmdListOption);
 
@@ -55,7 +54,7 @@ frmRs_House::frmRs_House(QWidget* parent)
     kindRow->addWidget(m_check1);
     for (int i = 0; i < 2; ++i) {
         m_optMale[i] = new QRadioButton(i == 0 ? QStringLiteral("男生") : QStringLiteral("女生"), m_picture1);
-        m_optMale[i]->setObjectName(QStringLiteral("optMale(%1)").arg(i));
+        m_optMale[i]->setObjectName(ArrayName("optMale", i));
         sexes->addButton(m_optMale[i], i);
         kindRow->addWidget(m_optMale[i]);
     }

@@ -3,6 +3,7 @@
 #include "assets/LoanData.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
+#include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -35,7 +36,7 @@ frmRs_Identify::frmRs_Identify(QWidget* parent)
             inputs << seekOperators(QStringLiteral("Combo2"))
                    << seekBox(QStringLiteral("Text4(8)"), kSeekLength[8]);
         else
-            inputs << seekBox(QStringLiteral("Text4(%1)").arg(i), kSeekLength[i]);
+            inputs << seekBox(ArrayName("Text4", i), kSeekLength[i]);
         addSeekRow(i, inputs);
         if (i == 5)
             addEntryDate(5, QStringLiteral("DTPStart"));

@@ -30,21 +30,8 @@ namespace zq {
 
 namespace office {
 
-QString arrayName(const char* name, int index) {
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
-}
-
 QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
     return named(new QPushButton(caption, parent), QLatin1String(name));
-}
-
-QToolButton* pictureButton(QWidget* parent, const QString& name, QStyle::StandardPixmap icon,
-                           const QString& hint) {
-    auto* b = named(new QToolButton(parent), name);
-    b->setIcon(parent->style()->standardIcon(icon));
-    b->setToolTip(hint);
-    b->setAutoRaise(true);
-    return b;
 }
 
 QLineEdit* textBox(QWidget* parent, const char* name, int maxBytes) {
@@ -64,14 +51,6 @@ QString weekdayName(const QDate& d) {
     static const char16_t* names[] = {u"星期一", u"星期二", u"星期三", u"星期四",
                                       u"星期五", u"星期六", u"星期日"};
     return d.isValid() ? QString::fromUtf16(names[d.dayOfWeek() - 1]) : QString();
-}
-
-QString shownText(QString stored) {
-    return stored.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-}
-
-QString storedText(QString shown) {
-    return shown.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
 }
 
 QDate rowDate(const Recordset& rs) {
@@ -112,8 +91,8 @@ void OfficeScreen::buildCommon() {
     // Sized by a typical name, not by measuring the thousands a company may have.
     m_cboDept->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_cboDept->setMinimumContentsLength(10);
-    m_cmdNews[0] = pictureButton(this, arrayName("cmdNews", 0), QStyle::SP_ArrowLeft, m_kind.stepHint0);
-    m_cmdNews[1] = pictureButton(this, arrayName("cmdNews", 1), QStyle::SP_ArrowRight, m_kind.stepHint1);
+    m_cmdNews[0] = PictureButton(this, ArrayName("cmdNews", 0), QStyle::SP_ArrowLeft, m_kind.stepHint0);
+    m_cmdNews[1] = PictureButton(this, ArrayName("cmdNews", 1), QStyle::SP_ArrowRight, m_kind.stepHint1);
     m_cmdAdd = button(this, "cmdAdd", QStringLiteral("新增"));
     m_cmdChg = button(this, "cmdChg", QStringLiteral("修改"));
     m_cmdDel = button(this, "cmdDel", QStringLiteral("删除"));
@@ -124,11 +103,11 @@ void OfficeScreen::buildCommon() {
     if (m_kind.documents) {
         m_txtTitle = textBox(this, "txtTitle", 40);
         m_txtPath = textBox(this, "txtPath");
-        m_cmdPath = pictureButton(this, QStringLiteral("cmdPath"), QStyle::SP_DirOpenIcon,
+        m_cmdPath = PictureButton(this, QStringLiteral("cmdPath"), QStyle::SP_DirOpenIcon,
                                   QStringLiteral("选择文档"));
-        m_cmdDocOpen = pictureButton(this, QStringLiteral("cmdDocOpen"), QStyle::SP_FileIcon,
+        m_cmdDocOpen = PictureButton(this, QStringLiteral("cmdDocOpen"), QStyle::SP_FileIcon,
                                      QStringLiteral("打开文档"));
-        m_cmdDocCopy = pictureButton(this, QStringLiteral("cmdDocCopy"), QStyle::SP_FileDialogContentsView,
+        m_cmdDocCopy = PictureButton(this, QStringLiteral("cmdDocCopy"), QStyle::SP_FileDialogContentsView,
                                      QStringLiteral("复制文档内容"));
         m_chkNews = named(new QCheckBox(QStringLiteral("生成[新闻公告]"), this), QStringLiteral("chkNews"));
         connect(m_cmdPath, &QToolButton::clicked, this, &OfficeScreen::cmdPath_Click);
@@ -365,7 +344,7 @@ void OfficeScreen::ShowRecord() {
             const QDate date = rowDate(rs);
             m_lblDate->setText(date.toString(QStringLiteral("yyyy-MM-dd")));
             m_lblWeek->setText(weekdayName(date));
-            m_txtContent->setPlainText(shownText(rs.text(QStringLiteral("fContent"))));
+            m_txtContent->setPlainText(ShownText(rs.text(QStringLiteral("fContent"))));
             m_cboDept->setEditText(rs.text(QStringLiteral("fBmName")));
             if (m_kind.documents) {
                 m_txtTitle->setText(rs.text(QStringLiteral("fTitle")));
@@ -621,7 +600,7 @@ void OfficeScreen::cmdDocCopy_Click() {
     const QString text = ReadDocumentText(path);
     if (!text.isEmpty()) {
         m_txtContent->setPlainText(m_txtContent->toPlainText() + QLatin1Char('\n') +
-                                   shownText(ClipTextLines(text, 400)));
+                                   ShownText(ClipTextLines(text, 400)));
         m_txtContent->moveCursor(QTextCursor::End);
     }
     QApplication::restoreOverrideCursor();

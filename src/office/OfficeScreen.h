@@ -1,6 +1,7 @@
 #pragma once
 
 #include "office/OfficeData.h"
+#include "services/ui/NamedWidgets.h"
 #include "shell/Recordset.h"
 
 #include <memory>
@@ -185,22 +186,10 @@ private:
 
 namespace office {
 
-// Controls named as the screens name them.
-template <typename W> W* named(W* w, const QString& name) {
-    w->setObjectName(name);
-    return w;
-}
-QString arrayName(const char* name, int index);
 QPushButton* button(QWidget* parent, const char* name, const QString& caption);
-// A picture button: an icon with the hint as its tool tip.
-QToolButton* pictureButton(QWidget* parent, const QString& name, QStyle::StandardPixmap icon,
-                           const QString& hint = {});
 QLineEdit* textBox(QWidget* parent, const char* name, int maxBytes = 0);
 QDateEdit* datePicker(QWidget* parent, const char* name);
 QString weekdayName(const QDate& d);
-// Rows keep the line ends of the system ("\r\n"); the edit box works with "\n".
-QString shownText(QString stored);
-QString storedText(QString shown);
 // The date of a row's fDate.
 QDate rowDate(const Recordset& rs);
 

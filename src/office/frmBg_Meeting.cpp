@@ -115,7 +115,7 @@ void frmBg_Meeting::saveRow(int id, const RowSnapshot& loaded) {
     meeting::Meeting m;
     m.date = m_dtpDate->date();
     m.title = m_txtTitle->text();
-    m.content = storedText(m_txtContent->toPlainText());
+    m.content = StoredText(m_txtContent->toPlainText());
     m.foot1 = m_txtFoot[0]->text();
     m.foot2 = m_txtFoot[1]->text();
     m.host = m_txtFootnote[0]->text();

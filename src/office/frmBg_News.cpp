@@ -80,7 +80,7 @@ bool frmBg_News::mayChange() const {
 
 void frmBg_News::saveRow(int id, const RowSnapshot& loaded) {
     news::WriteNotice(
-        id, {m_dtpDate->date(), storedText(m_txtContent->toPlainText()), m_cboDept->currentText()}, loaded);
+        id, {m_dtpDate->date(), StoredText(m_txtContent->toPlainText()), m_cboDept->currentText()}, loaded);
 }
 
 } // namespace zq

@@ -61,10 +61,10 @@ frmBg_Report::frmBg_Report(QWidget* parent)
 void frmBg_Report::buildPage() {
     m_txtFootnote1 = textBox(this, "txtFootnote1", 40);
     for (int i = 0; i < 4; ++i)
-        m_txtChecker[i] = textBox(this, arrayName("txtChecker", i).toLatin1().constData(), 40);
-    m_cmdStaff[0] = pictureButton(this, arrayName("cmdStaff", 0), QStyle::SP_FileDialogDetailedView,
+        m_txtChecker[i] = textBox(this, ArrayName("txtChecker", i).toLatin1().constData(), 40);
+    m_cmdStaff[0] = PictureButton(this, ArrayName("cmdStaff", 0), QStyle::SP_FileDialogDetailedView,
                                   QStringLiteral("选择报告人"));
-    m_cmdStaff[1] = pictureButton(this, arrayName("cmdStaff", 1), QStyle::SP_FileDialogDetailedView,
+    m_cmdStaff[1] = PictureButton(this, ArrayName("cmdStaff", 1), QStyle::SP_FileDialogDetailedView,
                                   QStringLiteral("选择审核人"));
     m_cmdChk = button(this, "cmdChk", QStringLiteral("审核"));
     m_cmdPrint = button(this, "cmdPrint", QStringLiteral("打印"));
@@ -76,7 +76,7 @@ void frmBg_Report::buildPage() {
     m_txtAnswer2->setReadOnly(true);
     m_txtAnswer2->setMaximumHeight(64);
     auto* cmdAnswer =
-        pictureButton(m_picAnswer, QStringLiteral("cmdAnswer"), QStyle::SP_MessageBoxInformation);
+        PictureButton(m_picAnswer, QStringLiteral("cmdAnswer"), QStyle::SP_MessageBoxInformation);
     auto* answerLayout = new QHBoxLayout(m_picAnswer);
     answerLayout->setContentsMargins(4, 4, 4, 4);
     answerLayout->addWidget(lblCheck, 0, Qt::AlignTop);
@@ -91,7 +91,7 @@ void frmBg_Report::buildPage() {
     footRow->addWidget(named(new QLabel(QStringLiteral("审核人:"), this), QStringLiteral("lblFoot2")));
     for (int i = 0; i < 4; ++i) {
         footRow->addWidget(m_txtChecker[i]);
-        if (i < 3) footRow->addWidget(named(new QLabel(QStringLiteral(","), this), arrayName("lblCo", i)));
+        if (i < 3) footRow->addWidget(named(new QLabel(QStringLiteral(","), this), ArrayName("lblCo", i)));
     }
     footRow->addWidget(m_cmdStaff[1]);
 
@@ -186,7 +186,7 @@ void frmBg_Report::showRights(bool row) {
     m_cmdChg->setEnabled(rights.canChange);
     m_cmdDel->setEnabled(rights.canChange);
     m_checkerNo = rights.checkerNo;
-    m_txtAnswer2->setPlainText(shownText(rights.answers));
+    m_txtAnswer2->setPlainText(ShownText(rights.answers));
     if (m_checkerNo != 0) {
         const int verdict = storedVerdict();
         m_cboPass->setCurrentIndex(verdict < m_cboPass->count() ? verdict : -1);
@@ -251,7 +251,7 @@ report::Report frmBg_Report::pageReport() const {
     report::Report r;
     r.date = m_dtpDate->date();
     r.title = m_txtTitle->text();
-    r.content = storedText(m_txtContent->toPlainText());
+    r.content = StoredText(m_txtContent->toPlainText());
     r.author = m_txtFootnote1->text();
     for (QLineEdit* box : m_txtChecker)
         r.checkers << box->text();

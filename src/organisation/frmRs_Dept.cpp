@@ -1,6 +1,7 @@
 #include "frmRs_Dept.h"
 
 #include "DeptData.h"
+#include "services/ui/NamedWidgets.h"
 
 #include "printing/Print.h"
 #include "services/FieldDictionary.h"
@@ -54,13 +55,6 @@ frmRs_Dept::ColorPicker& colorPicker() {
     return picker;
 }
 
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
 QLabel* label(QWidget* parent, const char* name, const QString& caption) {
     auto* l = new QLabel(caption, parent);
     l->setObjectName(QLatin1String(name));
@@ -110,19 +104,19 @@ frmRs_Dept::frmRs_Dept(QWidget* parent)
 
 void frmRs_Dept::buildControls() {
     // The button bar.
-    m_cmdAdd = button(this, "cmdAdd", QStringLiteral("新增(&A)"));
-    m_cmdChg = button(this, "cmdChg", QStringLiteral("修改(&C)"));
-    m_cmdDel = button(this, "cmdDel", QStringLiteral("删除(&D)"));
-    m_cmdDetail = button(this, "cmdDetail", QStringLiteral("工作职责与流程"));
-    m_cmdPrint = button(this, "cmdPrint", QStringLiteral("打印(&P)"));
+    m_cmdAdd = NamedButton(this, "cmdAdd", QStringLiteral("新增(&A)"));
+    m_cmdChg = NamedButton(this, "cmdChg", QStringLiteral("修改(&C)"));
+    m_cmdDel = NamedButton(this, "cmdDel", QStringLiteral("删除(&D)"));
+    m_cmdDetail = NamedButton(this, "cmdDetail", QStringLiteral("工作职责与流程"));
+    m_cmdPrint = NamedButton(this, "cmdPrint", QStringLiteral("打印(&P)"));
     m_chkList = new QCheckBox(QStringLiteral("职务列表"), this);
     m_chkList->setObjectName(QStringLiteral("chkList"));
     m_chkBmList = new QCheckBox(QStringLiteral("列印部门"), this);
     m_chkBmList->setObjectName(QStringLiteral("chkBmList"));
     m_chkBmList->hide();
-    m_cmdListOption = button(this, "CmdlistOption", QStringLiteral("栏目选项"));
+    m_cmdListOption = NamedButton(this, "CmdlistOption", QStringLiteral("栏目选项"));
     m_cmdListOption->hide();
-    m_cmdQuit = button(this, "cmdQuit", QStringLiteral("退出>>"));
+    m_cmdQuit = NamedButton(this, "cmdQuit", QStringLiteral("退出>>"));
     auto* top = new QHBoxLayout;
     top->setSpacing(4);
     for (QWidget* w :
@@ -264,10 +258,10 @@ QFrame* frmRs_Dept::buildEditPanel() {
     m_cboRsType->setObjectName(QStringLiteral("cboRsType"));
     m_cboGzType = new QComboBox(panel);
     m_cboGzType->setObjectName(QStringLiteral("cboGzType"));
-    m_cmdColor = button(panel, "cmdColor", QStringLiteral("颜色..."));
+    m_cmdColor = NamedButton(panel, "cmdColor", QStringLiteral("颜色..."));
     m_cmdColor->hide();
-    m_cmdSave = button(panel, "cmdSave", QStringLiteral("确定"));
-    m_cmdCancel = button(panel, "cmdCancel", QStringLiteral("取消"));
+    m_cmdSave = NamedButton(panel, "cmdSave", QStringLiteral("确定"));
+    m_cmdCancel = NamedButton(panel, "cmdCancel", QStringLiteral("取消"));
 
     grid->addWidget(m_lblMode, 0, 0, 1, 5);
     grid->addWidget(m_lblCode, 1, 0);
@@ -332,8 +326,8 @@ QWidget* frmRs_Dept::buildPages() {
     m_text2->setObjectName(QStringLiteral("Text2"));
     m_pages->addWidget(m_text1);
     m_pages->addWidget(m_text2);
-    m_cmdPosOk = button(panel, "cmdPosOk", QStringLiteral("确定"));
-    m_cmdPosCancel = button(panel, "cmdPosCancel", QStringLiteral("取消"));
+    m_cmdPosOk = NamedButton(panel, "cmdPosOk", QStringLiteral("确定"));
+    m_cmdPosCancel = NamedButton(panel, "cmdPosCancel", QStringLiteral("取消"));
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(m_cmdPosOk);

@@ -5,6 +5,7 @@
 #include "services/ui/ComboLookups.h"
 #include "services/ui/Grid.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/NamedWidgets.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -23,14 +24,8 @@
 namespace zq {
 
 namespace {
-const char* const kModel = "mnuRsOthMove";
 
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
+const char* const kModel = "mnuRsOthMove";
 
 QLineEdit* textBox(QWidget* parent, const QString& name, int maxLength) {
     auto* t = new QLineEdit(parent);
@@ -106,7 +101,7 @@ frmRs_PersonAssign::frmRs_PersonAssign(QWidget* parent)
 
     auto* buttons = new QHBoxLayout;
     const auto wire = [&](const char* name, const QString& caption, void (frmRs_PersonAssign::*handler)()) {
-        QPushButton* b = button(this, name, caption);
+        QPushButton* b = NamedButton(this, name, caption);
         buttons->addWidget(b);
         connect(b, &QPushButton::clicked, this, [this, handler] { guarded(handler); });
         return b;
@@ -119,7 +114,7 @@ frmRs_PersonAssign::frmRs_PersonAssign(QWidget* parent)
     wire("cmdChg", QStringLiteral("修改(&C)"), &frmRs_PersonAssign::cmdChg_Click);
     wire("cmdDEL", QStringLiteral("删除(&D)"), &frmRs_PersonAssign::cmdDEL_Click);
     wire("cmdPrint", QStringLiteral("打印(&P)"), &frmRs_PersonAssign::cmdPrint_Click);
-    QPushButton* quit = button(this, "cmdQuit", QStringLiteral("返回>>"));
+    QPushButton* quit = NamedButton(this, "cmdQuit", QStringLiteral("返回>>"));
     buttons->addWidget(quit);
     connect(quit, &QPushButton::clicked, this, &QDialog::reject);
 

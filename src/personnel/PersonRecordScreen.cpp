@@ -6,6 +6,7 @@
 #include "services/ui/Grid.h"
 #include "services/ui/GridBinding.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
@@ -22,14 +23,7 @@
 
 namespace zq {
 
-namespace {
-QPushButton* button(QWidget* parent, const QString& name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(name);
-    b->setAutoDefault(false);
-    return b;
-}
-} // namespace
+namespace {} // namespace
 
 PersonRecordScreen::PersonRecordScreen(const QString& caption, QWidget* parent, const QString& backName,
                                        const QString& printName)
@@ -38,9 +32,9 @@ PersonRecordScreen::PersonRecordScreen(const QString& caption, QWidget* parent, 
     , m_grids(new QVBoxLayout)
     , m_labCode(new QLabel(this))
     , m_labName(new QLabel(this))
-    , m_cmdOK(button(this, QStringLiteral("cmdOK"), QStringLiteral("存盘")))
-    , m_cmdPrint(button(this, printName, QStringLiteral("打印")))
-    , m_cmdBack(button(this, backName, QStringLiteral("返回>>"))) {
+    , m_cmdOK(NamedButton(this, QStringLiteral("cmdOK"), QStringLiteral("存盘")))
+    , m_cmdPrint(NamedButton(this, printName, QStringLiteral("打印")))
+    , m_cmdBack(NamedButton(this, backName, QStringLiteral("返回>>"))) {
     setWindowTitle(caption);
     resize(760, 560);
     m_labCode->setObjectName(QStringLiteral("LabCode"));
@@ -83,8 +77,8 @@ ZqGrid* PersonRecordScreen::addGrid(const SubGrid& def, const QString& gridName,
     p.title->setObjectName(labelName);
     // One grid has cmdInsert and cmdDelete; a second turns the names of both pairs numbered.
     const int n = m_parts.size() + 1;
-    p.insert = button(this, QStringLiteral("cmdInsert"), QStringLiteral("插入行"));
-    p.remove = button(this, QStringLiteral("cmdDelete"), QStringLiteral("删除行"));
+    p.insert = NamedButton(this, QStringLiteral("cmdInsert"), QStringLiteral("插入行"));
+    p.remove = NamedButton(this, QStringLiteral("cmdDelete"), QStringLiteral("删除行"));
     if (n == 2) {
         m_parts[0].insert->setObjectName(QStringLiteral("cmdInsert1"));
         m_parts[0].remove->setObjectName(QStringLiteral("cmdDelete1"));
@@ -240,8 +234,8 @@ void PersonRecordScreen::buildPrintPanel() {
         m_printChecks << check;
     }
     auto* buttons = new QHBoxLayout;
-    QPushButton* ok = button(m_printPanel, QStringLiteral("cmdSetOk"), QStringLiteral("确定"));
-    QPushButton* cancel = button(m_printPanel, QStringLiteral("cmdSetCancel"), QStringLiteral("取消"));
+    QPushButton* ok = NamedButton(m_printPanel, QStringLiteral("cmdSetOk"), QStringLiteral("确定"));
+    QPushButton* cancel = NamedButton(m_printPanel, QStringLiteral("cmdSetCancel"), QStringLiteral("取消"));
     buttons->addWidget(ok);
     buttons->addWidget(cancel);
     layout->addLayout(buttons);

@@ -1,6 +1,7 @@
 #include "frmRs_Person.h"
 
 #include "PersonBrowserData.h"
+#include "services/ui/NamedWidgets.h"
 
 #include "printing/Print.h"
 #include "printing/PrintOutput.h"
@@ -50,21 +51,10 @@ const QString kTitle = QStringLiteral("人事管理");
 const QString kNoPerson = QStringLiteral("请先选择员工。");
 const QString kNoEntry = QStringLiteral("对不起!你无权进入...");
 
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
 QAction* action(QMenu* menu, const char* name, const QString& caption) {
     QAction* a = menu->addAction(caption);
     a->setObjectName(QLatin1String(name));
     return a;
-}
-
-QString arrayName(const char* name, int index) {
-    return QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(index);
 }
 
 // A node's text without the head count behind its tab.
@@ -119,17 +109,17 @@ void frmRs_Person::buildControls() {
     m_chkTotalMan = new QCheckBox(QStringLiteral("统计人数"), this);
     m_chkTotalMan->setObjectName(QStringLiteral("chkTotalMan"));
     m_chkTotalMan->setChecked(true);
-    auto* comAdd = button(this, "ComAdd", QStringLiteral("新增(&A)"));
-    auto* cmdChg = button(this, "cmdChg", QStringLiteral("修改(&C)"));
-    auto* comDel = button(this, "ComDel", QStringLiteral("删除(&D)"));
-    auto* cmdOpen = button(this, "cmdOpen", QStringLiteral("查询(&S)"));
-    m_cmdState = button(this, "cmdState", QStringLiteral("离职处理"));
-    auto* cmdCompile = button(this, "cmdCompile", QStringLiteral("汇总统计"));
-    auto* cmdDept = button(this, "cmdDept", QStringLiteral("部门管理"));
-    auto* cmdListOption = button(this, "CmdlistOption", QStringLiteral("栏目选项"));
-    m_cmdSeek = button(this, "cmdSeek", QStringLiteral("条件查找"));
-    m_cmdPrint = button(this, "cmdPrint", QStringLiteral("打印(&P)"));
-    m_cmdQuit = button(this, "cmdQuit", QStringLiteral("退出>>"));
+    auto* comAdd = NamedButton(this, "ComAdd", QStringLiteral("新增(&A)"));
+    auto* cmdChg = NamedButton(this, "cmdChg", QStringLiteral("修改(&C)"));
+    auto* comDel = NamedButton(this, "ComDel", QStringLiteral("删除(&D)"));
+    auto* cmdOpen = NamedButton(this, "cmdOpen", QStringLiteral("查询(&S)"));
+    m_cmdState = NamedButton(this, "cmdState", QStringLiteral("离职处理"));
+    auto* cmdCompile = NamedButton(this, "cmdCompile", QStringLiteral("汇总统计"));
+    auto* cmdDept = NamedButton(this, "cmdDept", QStringLiteral("部门管理"));
+    auto* cmdListOption = NamedButton(this, "CmdlistOption", QStringLiteral("栏目选项"));
+    m_cmdSeek = NamedButton(this, "cmdSeek", QStringLiteral("条件查找"));
+    m_cmdPrint = NamedButton(this, "cmdPrint", QStringLiteral("打印(&P)"));
+    m_cmdQuit = NamedButton(this, "cmdQuit", QStringLiteral("退出>>"));
     cmdCompile->setEnabled(hasForm(QStringLiteral("frmRs_PersonList")));
     cmdDept->setEnabled(hasForm(QStringLiteral("frmRs_Dept")));
 
@@ -258,7 +248,7 @@ QWidget* frmRs_Person::buildChoices() {
     int firstOpen = -1;
     for (int i = 0; i < 8; ++i) {
         auto* image = new QLabel(panel);
-        image->setObjectName(arrayName("Image1", i));
+        image->setObjectName(ArrayName("Image1", i));
         // Record screens that are not part of this installation cannot be chosen.
         const bool present = hasForm(recordScreens().at(i));
         image->setPixmap(
@@ -266,7 +256,7 @@ QWidget* frmRs_Person::buildChoices() {
         image->setAlignment(Qt::AlignCenter);
         image->installEventFilter(this);
         auto* opt = new QRadioButton(recordCaptions().at(i), panel);
-        opt->setObjectName(arrayName("OptSelect", i));
+        opt->setObjectName(ArrayName("OptSelect", i));
         opt->setEnabled(present);
         image->setEnabled(present);
         if (present && firstOpen < 0) firstOpen = i;
@@ -298,15 +288,15 @@ QFrame* frmRs_Person::buildLeavingPanel() {
                                   QStringLiteral("离休"), QStringLiteral("其他1"), QStringLiteral("其他2")};
     for (int i = 0; i < 6; ++i) {
         auto* opt = new QRadioButton(defaults.at(i), panel);
-        opt->setObjectName(arrayName("optLeft", i));
+        opt->setObjectName(ArrayName("optLeft", i));
         m_optLeft->addButton(opt, i);
         reasons->addWidget(opt, i / 2, i % 2);
     }
     m_optLeft->button(0)->setChecked(true);
     layout->addLayout(reasons);
     auto* buttons = new QHBoxLayout;
-    auto* ok = button(panel, "cmdLZOK", QStringLiteral("确定"));
-    auto* cancel = button(panel, "cmdLZexit", QStringLiteral("取消"));
+    auto* ok = NamedButton(panel, "cmdLZOK", QStringLiteral("确定"));
+    auto* cancel = NamedButton(panel, "cmdLZexit", QStringLiteral("取消"));
     buttons->addStretch();
     buttons->addWidget(ok);
     buttons->addWidget(cancel);

@@ -7,6 +7,7 @@
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/NamedWidgets.h"
 #include "shell/Connection.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
@@ -41,15 +42,10 @@
 namespace zq {
 
 namespace {
+
 // Beyond this many values a chart groups the smallest as "其他": a bar per person code says nothing.
 constexpr int kChartValues = 24;
 
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
 } // namespace
 
 frmRs_PersonList::frmRs_PersonList(QWidget* parent)
@@ -100,7 +96,7 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     top->addWidget(m_txtFilter, 1);
     auto* buttons = new QHBoxLayout;
     const auto wire = [&](const char* name, const QString& caption, void (frmRs_PersonList::*handler)()) {
-        QPushButton* b = button(this, name, caption);
+        QPushButton* b = NamedButton(this, name, caption);
         connect(b, &QPushButton::clicked, this,
                 [this, handler] { guarded([this, handler] { (this->*handler)(); }); });
         return b;
@@ -116,7 +112,7 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     buttons->addStretch();
     buttons->addWidget(new QLabel(QStringLiteral("人数:"), this));
     buttons->addWidget(m_txtQty);
-    QPushButton* quit = button(this, "cmdQuit", QStringLiteral("退出>>"));
+    QPushButton* quit = NamedButton(this, "cmdQuit", QStringLiteral("退出>>"));
     buttons->addWidget(quit);
     connect(quit, &QPushButton::clicked, this, &QDialog::reject);
 
@@ -125,7 +121,7 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     chartBar->addWidget(new QLabel(QStringLiteral("图表:"), m_countPage));
     chartBar->addWidget(m_chartField);
     chartBar->addWidget(m_pie);
-    QPushButton* save = button(m_countPage, "cmdSaveChart", QStringLiteral("保存图片"));
+    QPushButton* save = NamedButton(m_countPage, "cmdSaveChart", QStringLiteral("保存图片"));
     chartBar->addWidget(save);
     chartBar->addStretch();
     auto* countLayout = new QVBoxLayout(m_countPage);
@@ -159,7 +155,7 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     panel->addWidget(m_lstSelect, 2, 2);
     auto* moves = new QVBoxLayout;
     const auto mover = [&](const char* name, const QString& caption, bool right, bool all) {
-        QPushButton* b = button(m_picture2, name, caption);
+        QPushButton* b = NamedButton(m_picture2, name, caption);
         moves->addWidget(b);
         connect(b, &QPushButton::clicked, this, [this, right, all] { moveItems(right, all); });
     };
@@ -172,7 +168,7 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     panelButtons->addStretch();
     panelButtons->addWidget(
         wire("cmdCompileOK", QStringLiteral("确认(&O)"), &frmRs_PersonList::cmdCompileOK_Click));
-    QPushButton* cancel = button(m_picture2, "cmdCompileCancel", QStringLiteral("取消>>"));
+    QPushButton* cancel = NamedButton(m_picture2, "cmdCompileCancel", QStringLiteral("取消>>"));
     panelButtons->addWidget(cancel);
     panel->addLayout(panelButtons, 3, 0, 1, 3);
     connect(cancel, &QPushButton::clicked, m_picture2, &QWidget::hide);

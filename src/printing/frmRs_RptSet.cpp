@@ -3,6 +3,7 @@
 #include "FieldSettingsData.h"
 #include "services/ui/BriefDialog.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
@@ -17,14 +18,7 @@
 
 namespace zq {
 
-namespace {
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(QLatin1String(name));
-    b->setAutoDefault(false); // Enter moves between the boxes, it never presses a button
-    return b;
-}
-} // namespace
+namespace {} // namespace
 
 frmRs_RptSet::frmRs_RptSet(QWidget* parent)
     : QDialog(parent) {
@@ -41,9 +35,9 @@ frmRs_RptSet::frmRs_RptSet(QWidget* parent)
     m_label1 = new QLabel(QStringLiteral("项目编号："), this);
     m_label1->setObjectName(QStringLiteral("Label1"));
     m_label1->setBuddy(m_txtItemNo);
-    m_command3 = button(this, "Command3", QStringLiteral("查找项目内容"));
-    m_cmdOK = button(this, "cmdOK", QStringLiteral("确定"));
-    auto* cmdCancel = button(this, "cmdCancel", QStringLiteral("取消>>"));
+    m_command3 = NamedButton(this, "Command3", QStringLiteral("查找项目内容"));
+    m_cmdOK = NamedButton(this, "cmdOK", QStringLiteral("确定"));
+    auto* cmdCancel = NamedButton(this, "cmdCancel", QStringLiteral("取消>>"));
 
     auto* fields = new QGridLayout;
     fields->addWidget(nameLabel, 0, 0);

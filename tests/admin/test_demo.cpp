@@ -40,7 +40,10 @@ demo::Summary fillDemo(quint32 seed, int persons = kPersons) {
 }
 
 // Every row of the tables, as sorted text: equal lists mean equal contents.
+// Every row of the tables, as text; the papers' files stand beside each database, so their folder is
+// left out.
 QStringList contents(const QStringList& tables) {
+    const QString folder = conn().settings().userPath + QStringLiteral(".docs/");
     QStringList rows;
     for (const QString& table : tables) {
         QSqlQuery q(conn().database());
@@ -52,7 +55,7 @@ QStringList contents(const QStringList& tables) {
             QStringList values;
             for (int i = 0; i < q.record().count(); ++i)
                 values << (q.value(i).isNull() ? QStringLiteral("<null>") : q.value(i).toString());
-            rows << table + QLatin1Char('|') + values.join(QLatin1Char('|'));
+            rows << QString(table + QLatin1Char('|') + values.join(QLatin1Char('|'))).replace(folder, QString());
         }
     }
     rows.sort();

@@ -6,6 +6,7 @@
 #include "services/InputAids.h"
 #include "services/ui/DeptTree.h"
 #include "services/ui/InputAidsUi.h"
+#include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
@@ -26,6 +27,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QResizeEvent>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QStyle>
 #include <QToolButton>
@@ -36,34 +38,6 @@
 namespace zq {
 
 namespace {
-
-template <typename W> W* named(W* w, const QString& name) {
-    w->setObjectName(name);
-    return w;
-}
-
-QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
-    auto* b = named(new QPushButton(caption, parent), QLatin1String(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
-QToolButton* pictureButton(QWidget* parent, const char* name, QStyle::StandardPixmap icon,
-                           const QString& hint) {
-    auto* b = named(new QToolButton(parent), QLatin1String(name));
-    b->setIcon(parent->style()->standardIcon(icon));
-    b->setToolTip(hint);
-    b->setAutoRaise(true);
-    return b;
-}
-
-// Contents keep the line ends of the system ("\r\n"); the edit box works with "\n".
-QString shownText(QString stored) {
-    return stored.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-}
-QString storedText(QString shown) {
-    return shown.replace(QLatin1Char('\n'), QStringLiteral("\r\n"));
-}
 
 // Of the picture and the text, neither may shrink below 270 twips.
 constexpr int kLeastPane = 18;
@@ -86,12 +60,12 @@ CodeTreeScreen::CodeTreeScreen(QWidget* parent, const char* objectName, const QS
 
 void CodeTreeScreen::buildControls(const QString& caption) {
     (void)caption;
-    m_cmdAdd = button(this, "cmdAdd", QStringLiteral("新增(&A)"));
-    m_cmdChg = button(this, "cmdChg", QStringLiteral("修改(&C)"));
-    m_cmdDel = button(this, "cmdDel", QStringLiteral("删除(&D)"));
-    m_cmdDetail = button(this, "cmdDetail", QStringLiteral("填写内容"));
-    m_cmdPrint = button(this, "cmdPrint", QStringLiteral("列表打印"));
-    m_cmdQuit = button(this, "cmdQuit", QStringLiteral("返回>>"));
+    m_cmdAdd = NamedButton(this, "cmdAdd", QStringLiteral("新增(&A)"));
+    m_cmdChg = NamedButton(this, "cmdChg", QStringLiteral("修改(&C)"));
+    m_cmdDel = NamedButton(this, "cmdDel", QStringLiteral("删除(&D)"));
+    m_cmdDetail = NamedButton(this, "cmdDetail", QStringLiteral("填写内容"));
+    m_cmdPrint = NamedButton(this, "cmdPrint", QStringLiteral("列表打印"));
+    m_cmdQuit = NamedButton(this, "cmdQuit", QStringLiteral("返回>>"));
     auto* fraTop = named(new QFrame(this), QStringLiteral("fraTop"));
     m_topRow = new QHBoxLayout(fraTop);
     m_topRow->setContentsMargins(0, 0, 0, 0);
@@ -157,8 +131,8 @@ void CodeTreeScreen::buildControls(const QString& caption) {
     attachKeyFilter(m_txtName, 20);
     SendTabOnEnter(m_txtCode);
     SendTabOnEnter(m_txtName);
-    m_cmdSave = button(m_picture1, "cmdSave", QStringLiteral("确定"));
-    m_cmdCancel = button(m_picture1, "cmdCancel", QStringLiteral("取消>>"));
+    m_cmdSave = NamedButton(m_picture1, "cmdSave", QStringLiteral("确定"));
+    m_cmdCancel = NamedButton(m_picture1, "cmdCancel", QStringLiteral("取消>>"));
     m_entryGrid->addLayout(typeRow, 0, 0, 1, 4);
     m_entryGrid->addWidget(m_lblCode, 1, 0);
     m_entryGrid->addWidget(m_txtCode, 1, 1);
@@ -194,7 +168,7 @@ void CodeTreeScreen::buildControls(const QString& caption) {
     }
     m_optDetail->button(1)->setChecked(true);
     viewRow->addStretch();
-    m_cmdTextPrint = button(m_fraRight, "cmdTextPrint", QStringLiteral("打印内容"));
+    m_cmdTextPrint = NamedButton(m_fraRight, "cmdTextPrint", QStringLiteral("打印内容"));
     viewRow->addWidget(m_cmdTextPrint);
     right->addLayout(viewRow);
     m_split = named(new QSplitter(Qt::Vertical, m_fraRight), QStringLiteral("fraSplit"));
@@ -220,8 +194,8 @@ void CodeTreeScreen::buildControls(const QString& caption) {
         m_txtPath2 = named(new QLineEdit(m_fraRight), QStringLiteral("txtPath2"));
         m_txtPath2->setReadOnly(true);
         m_cmdDocOpen =
-            pictureButton(m_fraRight, "cmdDocOpen", QStyle::SP_FileIcon, QStringLiteral("打开文档"));
-        m_cmdDocCopy = pictureButton(m_fraRight, "cmdDocCopy", QStyle::SP_FileDialogContentsView,
+            PictureButton(m_fraRight, "cmdDocOpen", QStyle::SP_FileIcon, QStringLiteral("打开文档"));
+        m_cmdDocCopy = PictureButton(m_fraRight, "cmdDocCopy", QStyle::SP_FileDialogContentsView,
                                      QStringLiteral("复制文档内容"));
         m_cmdDocOpen->setEnabled(false);
         m_cmdDocCopy->hide();
@@ -232,8 +206,8 @@ void CodeTreeScreen::buildControls(const QString& caption) {
     } else {
         fileRow->addStretch();
     }
-    m_cmdPosOk = button(m_fraRight, "cmdPosOk", QStringLiteral("确定"));
-    m_cmdPosCancel = button(m_fraRight, "cmdPosCancel", QStringLiteral("取消"));
+    m_cmdPosOk = NamedButton(m_fraRight, "cmdPosOk", QStringLiteral("确定"));
+    m_cmdPosCancel = NamedButton(m_fraRight, "cmdPosCancel", QStringLiteral("取消"));
     fileRow->addWidget(m_cmdPosOk);
     fileRow->addWidget(m_cmdPosCancel);
     right->addLayout(fileRow);
@@ -395,14 +369,14 @@ QIcon CodeTreeScreen::entryIcon() const {
 void CodeTreeScreen::RefreshTree() {
     buildTree();
     // The tree service draws entries as posts; here they are papers.
+    // Quietly, or the view would measure the whole column again for every icon.
     const QIcon icon = entryIcon();
-    if (icon.cacheKey() == TreeImageIcon(ImagePost).cacheKey()) return;
-    // A column sized to its contents would measure every node again at each node's change.
-    QHeaderView* header = m_tree->header();
-    header->setSectionResizeMode(0, QHeaderView::Interactive);
-    for (QTreeWidgetItemIterator it(m_tree); *it; ++it)
-        if (NodeImage(*it) == ImagePost) (*it)->setIcon(0, icon);
-    header->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    {
+        const QSignalBlocker quiet(m_tree->model());
+        for (QTreeWidgetItemIterator it(m_tree); *it; ++it)
+            if (NodeImage(*it) == ImagePost) (*it)->setIcon(0, icon);
+    }
+    m_tree->viewport()->update();
 }
 
 bool CodeTreeScreen::askToStore() {
@@ -448,7 +422,7 @@ void CodeTreeScreen::showRecord(const RowSnapshot& row) {
 
 void CodeTreeScreen::setContents(const QString& stored) {
     m_filling = true;
-    m_text1->setPlainText(shownText(stored));
+    m_text1->setPlainText(ShownText(stored));
     m_filling = false;
     m_savedText = stored;
     m_tag = false;
@@ -592,7 +566,7 @@ void CodeTreeScreen::cmdDetail_Click() {
 void CodeTreeScreen::cmdPosOk_Click() {
     if (!m_tag) return;
     const QString code = m_curCode;
-    const QString text = storedText(m_text1->toPlainText());
+    const QString text = StoredText(m_text1->toPlainText());
     if (!SaveOrTell(this, [&] {
             SaveCodeDetail(m_table, code, text, m_savedText, [&] { alongsideContents(code); });
         }))
@@ -646,7 +620,7 @@ void CodeTreeScreen::cmdDocCopy_Click() {
     const QString text = ReadDocumentText(path);
     if (text.isEmpty()) return;
     m_text1->setPlainText(m_text1->toPlainText() + QLatin1Char('\n') +
-                          shownText(ClipTextLines(text, m_features.copyLines)));
+                          ShownText(ClipTextLines(text, m_features.copyLines)));
     m_text1->moveCursor(QTextCursor::End);
 }
 
