@@ -85,9 +85,10 @@ void DeletePerson(const QString& code, const QString& name, int rsState) {
 }
 
 int UnreturnedTools(const QString& code) {
+    // The loan screen stores an unreturned item with no return date: null counts as empty.
     return countOf(
         QStringLiteral(
-            "Select Count(*) from trsLoanTools where (backtime=Null or backtime='') and fcode = ") +
+            "Select Count(*) from trsLoanTools where (backtime is Null or backtime='') and fcode = ") +
         quoted(code));
 }
 

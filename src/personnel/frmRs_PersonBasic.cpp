@@ -431,12 +431,10 @@ void frmRs_PersonBasic::Label2_DblClick(int index) {
     if (index == 48 && m_houseTag == QStringLiteral("1")) {
         if (!hasForm(QStringLiteral("frmRs_House"))) return;
         if (CheckModel(QStringLiteral("mnuRsHouseSet"), 0) == 0) return;
-        const PersonInHand person;
-        G().CurPersonCode.clear();
-        G().CurPersonName.clear();
+        G().CurRoomCode.clear();
+        G().CurRoomName.clear();
         openForm(QStringLiteral("frmRs_House"), this, {{QStringLiteral("State"), 0}});
-        const QString room = G().CurPersonCode;
-        person.restore();
+        const QString room = G().CurRoomCode;
         if (!room.isEmpty()) m_text2[48]->setText(room);
         return;
     }

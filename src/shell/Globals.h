@@ -44,6 +44,9 @@ struct Globals {
     QString CurPersonGzCode;
     QString CurPersonKqCardID;
     qint16 PersonEditMode = 0;
+    // The room chosen on the housing screen, read by the caller after it closed.
+    QString CurRoomCode;
+    QString CurRoomName;
 
     // Nobody signed in is nobody's supervisor.
     bool isSupervisor() const { return !UserName.isEmpty() && ZgName == UserName; }

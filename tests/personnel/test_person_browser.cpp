@@ -191,7 +191,7 @@ private slots:
         exec("insert into trsLoanTools (fcode,goodsname,backtime) values ('002','钳子',null)");
         exec("insert into tRsLoanGoods (fcode,goodsname,backtime) values ('001','电脑',null)");
         QCOMPARE(UnreturnedTools("001"), 1);
-        QCOMPARE(UnreturnedTools("002"), 0); // a null return time is not an unreturned tool
+        QCOMPARE(UnreturnedTools("002"), 1); // the loan screen leaves the return time null
         QCOMPARE(UnreturnedGoods("001"), 1);
 
         frmRs_Person w;

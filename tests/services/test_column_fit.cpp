@@ -4,9 +4,12 @@
 #include "TestDb.h"
 
 #include "admin/Demo.h"
+#include "assets/frmRs_Goods.h"
+#include "assets/frmRs_House.h"
+#include "assets/frmRs_Identify.h"
 #include "documents/frmWd_DeptDict.h"
-#include "documents/frmWd_Filer.h"
 #include "documents/frmWd_dict.h"
+#include "documents/frmWd_Filer.h"
 #include "office/frmBg_Meeting.h"
 #include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
@@ -32,8 +35,8 @@
 #include <QStyle>
 #include <QTableView>
 #include <QTableWidget>
-#include <QTreeWidget>
 #include <QTest>
+#include <QTreeWidget>
 
 using namespace zq;
 using test::child;
@@ -137,6 +140,36 @@ private slots:
         expectWhole(cutTexts(viewOf(grid)));
     }
 
+    void assetScreensShowEveryCellWhole() {
+        for (int state : {1, 2}) {
+            frmRs_Goods w;
+            w.setState(state);
+            w.resize(1200, 800);
+            w.show();
+            scriptPrompts().answer(vbNo); // every loan, past the question
+            w.cmdSeek_Click();
+            QVERIFY(w.grid()->maxRows() > 0);
+            test::saveShot(w, QStringLiteral("loans%1").arg(state));
+            expectWhole(cutTexts(viewOf(w.grid())));
+        }
+        frmRs_Identify cards;
+        cards.resize(1200, 800);
+        cards.show();
+        scriptPrompts().answer(vbNo);
+        cards.cmdSeek_Click();
+        QVERIFY(cards.grid()->maxRows() > 0);
+        expectWhole(cutTexts(viewOf(cards.grid())));
+        frmRs_House house;
+        house.setScreenState(2);
+        house.resize(1200, 800);
+        house.show();
+        auto* tree = child<QTreeWidget>(house, QStringLiteral("Tree1"));
+        house.Tree1_NodeClick(tree->topLevelItem(0));
+        QVERIFY(house.grid()->maxRows() > 0);
+        test::saveShot(house, QStringLiteral("residents"));
+        expectWhole(cutTexts(viewOf(house.grid())));
+    }
+
     void homePageOnTheDemoCompany() {
         HomePage page;
         page.resize(700, 480);
@@ -211,7 +244,8 @@ private slots:
                 filer.Tree1_NodeClick(*it);
                 ++papers;
                 if (child<QLabel>(filer, QStringLiteral("imgPath"))->isVisible() && papers > 1 &&
-                    !QFile::exists(QString::fromUtf8(qgetenv("ZQRS_SHOT_DIR")) + QStringLiteral("/archive.png")))
+                    !QFile::exists(QString::fromUtf8(qgetenv("ZQRS_SHOT_DIR")) +
+                                   QStringLiteral("/archive.png")))
                     test::saveShot(filer, QStringLiteral("archive"));
             }
         QVERIFY(papers > 10);

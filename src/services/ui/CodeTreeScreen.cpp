@@ -148,6 +148,7 @@ void CodeTreeScreen::buildControls() {
     // Right: the contents, with the picture below them when there is one.
     m_fraRight = named(new QFrame(this), QStringLiteral("fraRight"));
     auto* right = new QVBoxLayout(m_fraRight);
+    m_rightBox = right;
     right->setContentsMargins(0, 0, 0, 0);
     m_optDetail = new QButtonGroup(this);
     auto* viewRow = new QHBoxLayout;
@@ -229,9 +230,8 @@ void CodeTreeScreen::buildControls() {
     ConnectNodeClick(
         m_tree, this, [this] { return m_filling; },
         [this](QTreeWidgetItem* node) { guarded([this, node] { Tree1_NodeClick(node); }); });
-    connect(m_tree, &QTreeWidget::itemDoubleClicked, this, [this] {
-        if (m_features.editing && m_cmdChg->isEnabled()) guarded([this] { cmdChg_Click(); });
-    });
+    connect(m_tree, &QTreeWidget::itemDoubleClicked, this,
+            [this] { guarded([this] { nodeDoubleClicked(); }); });
     connect(m_chkNoListCode, &QCheckBox::clicked, this,
             [this] { guarded([this] { chkNoListCode_Click(); }); });
     connect(m_chkTotalMan, &QCheckBox::clicked, this, [this] { guarded([this] { RefreshTree(); }); });
@@ -339,6 +339,10 @@ void CodeTreeScreen::selectNode(const QString& key) {
 void CodeTreeScreen::publishCurrent() {
     G().CurPersonCode = m_curCode;
     G().CurPersonName = m_curName;
+}
+
+void CodeTreeScreen::nodeDoubleClicked() {
+    if (m_features.editing && m_cmdChg->isEnabled()) cmdChg_Click();
 }
 
 void CodeTreeScreen::nodeCodeAndName(const QTreeWidgetItem* node, QString& code, QString& name) {

@@ -23,6 +23,7 @@ class QSplitter;
 class QToolButton;
 class QTreeWidget;
 class QTreeWidgetItem;
+class QVBoxLayout;
 
 namespace zq {
 
@@ -51,13 +52,13 @@ public:
     void Tree1_NodeClick(QTreeWidgetItem* node);
     void cmdAdd_Click();
     void cmdChg_Click();
-    void cmdDel_Click();
+    virtual void cmdDel_Click();
     void cmdSave_Click();
     void cmdCancel_Click();
     void cmdDetail_Click();
     void cmdPosOk_Click();
     void cmdPosCancel_Click();
-    void cmdPrint_Click();
+    virtual void cmdPrint_Click();
     void cmdDocOpen_Click();
     void cmdDocCopy_Click();
     void cmdTextPrint_Click();
@@ -112,6 +113,8 @@ protected:
     virtual void kindChanged() {}
     // Where the selected entry is kept for the caller.
     virtual void publishCurrent();
+    // A double click on a node; by default it changes the entry when changing is allowed.
+    virtual void nodeDoubleClicked();
 
     void setMode(Mode mode);
     void setCurrent(const QString& code, const QString& name);
@@ -173,6 +176,7 @@ protected:
     QPushButton* m_cmdCancel;
 
     QFrame* m_fraRight;
+    QVBoxLayout* m_rightBox; // the page's rows: screens add theirs
     QButtonGroup* m_optDetail;
     QSplitter* m_split;
     QPlainTextEdit* m_text1;

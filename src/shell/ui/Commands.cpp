@@ -1,8 +1,11 @@
 #include "Commands.h"
 
+#include "assets/frmRs_Goods.h"
+#include "assets/frmRs_House.h"
+#include "assets/frmRs_Identify.h"
 #include "documents/frmWd_DeptDict.h"
-#include "documents/frmWd_Filer.h"
 #include "documents/frmWd_dict.h"
+#include "documents/frmWd_Filer.h"
 #include "office/frmBg_Meeting.h"
 #include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
@@ -107,6 +110,19 @@ void registerScreens() {
         {QStringLiteral("mnuRsbm"), QStringLiteral("mnuRsSysBm")}, [] { return new frmRs_Dept; },
         [](QDialog& d, qint16) { d.setProperty("myTable", QStringLiteral("trs_bm")); });
     registerScreen<frmRs_Dept>("frmRs_Dept");
+    registerCommand({QStringLiteral("mnuRsOthHoldCard")}, [] { return new frmRs_Identify; });
+    // The loan keys cross over with their tables: State chooses the table.
+    for (const auto& [key, state] :
+         {std::pair{QStringLiteral("mnuRsOthLoanGoods"), 1}, std::pair{QStringLiteral("mnuRsOthTools"), 2}})
+        registerCommand(
+            {key}, [] { return new frmRs_Goods; },
+            [state](QDialog& d, qint16) { d.setProperty("State", state); });
+    for (const auto& [key, state] :
+         {std::pair{QStringLiteral("mnuRsHouseSet"), 1}, std::pair{QStringLiteral("mnuRsHouseLook"), 2}})
+        registerCommand(
+            {key}, [] { return new frmRs_House; },
+            [state](QDialog& d, qint16) { d.setProperty("State", state); });
+    registerScreen<frmRs_House>("frmRs_House");
     registerCommand({QStringLiteral("mnuOffice1"), QStringLiteral("mnuOA_Report")},
                     [] { return new frmBg_Report; });
     registerCommand({QStringLiteral("mnuWdFiler")}, [] { return new frmWd_Filer; });
