@@ -44,7 +44,7 @@ QDateEdit* dateEdit(QWidget* parent, const QString& name) {
 
 SeekEntryScreen::SeekEntryScreen(QWidget* parent, const char* objectName, const QString& labelName,
                                  const char* okName, const char* cancelName)
-    : QDialog(parent)
+    : ScreenDialog(parent)
     , m_labelName(labelName) {
     setObjectName(QLatin1String(objectName));
     setWindowFlag(Qt::WindowMaximizeButtonHint);
@@ -213,34 +213,12 @@ void SeekEntryScreen::finishLayout() {
     resize(980, 640);
 }
 
-void SeekEntryScreen::showEvent(QShowEvent* event) {
-    if (!m_loaded) {
-        m_loaded = true;
-        guarded([this] {
-            OpenControlConn();
-            CenterForm(this);
-            load();
-        });
-    }
-    QDialog::showEvent(event);
-}
-
 void SeekEntryScreen::reject() {
     // Esc closes the floating panel first.
     if (m_pict->isVisible())
         cmdCancel_Click();
     else
         QDialog::reject();
-}
-
-bool SeekEntryScreen::guarded(const std::function<void()>& f) {
-    try {
-        f();
-        return true;
-    } catch (const DbError& e) {
-        ShowMsg(e.message(), vbExclamation, windowTitle());
-        return false;
-    }
 }
 
 bool SeekEntryScreen::tell(const QString& message, int style) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "services/ui/ScreenDialog.h"
+
 #include <QDialog>
 #include <QMap>
 #include <QString>
@@ -25,7 +27,7 @@ struct EntryCheck;
 // The screens of a person's items kept in one table (loans, certificates): a search panel of check
 // boxes over a grid, the entry panel that adds and changes a row, and the small panel that ties an
 // entry label to a brief list. Each screen states its rows, boxes and statements.
-class SeekEntryScreen : public QDialog {
+class SeekEntryScreen : public ScreenDialog {
     Q_OBJECT
 
 public:
@@ -61,7 +63,6 @@ protected:
     void finishLayout();
 
     // What differs.
-    virtual void load() = 0;
     virtual QString modelKey() const = 0;
     virtual QString table() const = 0;
     // The entry fields in label order, for the brief types.
@@ -106,9 +107,7 @@ protected:
     QLabel* label(int index) const { return m_labels.value(index); }
     QStringList captions() const;
     void loadCaptions();
-    bool guarded(const std::function<void()>& f);
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void showEvent(QShowEvent* event) override;
     void reject() override;
 
     QMap<int, QCheckBox*> m_check1;
@@ -137,7 +136,6 @@ protected:
     QStatusBar* m_sbar;
     int m_mode = 0; // 1 add, 2 change
     int m_tagLabel = -1;
-    bool m_loaded = false;
 
 private:
     void wireBox(QLineEdit* box);

@@ -46,7 +46,7 @@ constexpr int kLeastPane = 18;
 
 CodeTreeScreen::CodeTreeScreen(QWidget* parent, const char* objectName, const QString& caption,
                                const Features& features)
-    : QDialog(parent)
+    : ScreenDialog(parent)
     , m_features(features) {
     setObjectName(QLatin1String(objectName));
     setWindowTitle(caption);
@@ -258,32 +258,6 @@ void CodeTreeScreen::buildControls() {
     wire(m_cmdDocCopy, &CodeTreeScreen::cmdDocCopy_Click);
     wire(m_cmdTextPrint, &CodeTreeScreen::cmdTextPrint_Click);
     connect(m_cmdQuit, &QPushButton::clicked, this, [this] { QDialog::reject(); });
-}
-
-void CodeTreeScreen::guarded(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        m_filling = false;
-        ShowMsg(e.message(), vbExclamation, windowTitle());
-    }
-}
-
-void CodeTreeScreen::showEvent(QShowEvent* event) {
-    if (!m_loaded) {
-        m_loaded = true;
-        guarded([this] {
-            OpenControlConn();
-            CenterForm(this);
-            load();
-        });
-    }
-    QDialog::showEvent(event);
-}
-
-bool CodeTreeScreen::event(QEvent* event) {
-    if (event->type() == QEvent::WindowActivate && m_loaded) OpenControlConn();
-    return QDialog::event(event);
 }
 
 void CodeTreeScreen::reject() {

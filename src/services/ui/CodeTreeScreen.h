@@ -1,6 +1,7 @@
 #pragma once
 
 #include "services/CodeTreeData.h"
+#include "services/ui/ScreenDialog.h"
 #include "shell/Recordset.h"
 
 #include <functional>
@@ -31,7 +32,7 @@ namespace zq {
 // left, the entry panel that adds and changes a row, and the contents page, optionally with the
 // entry's file and picture. The archive, the company dictionary, the archive by department and the
 // rooms are such screens; each states only where it differs.
-class CodeTreeScreen : public QDialog {
+class CodeTreeScreen : public ScreenDialog {
     Q_OBJECT
     Q_PROPERTY(QString myTable READ myTable WRITE setMyTable)
     Q_PROPERTY(int State READ screenState WRITE setScreenState)
@@ -79,7 +80,6 @@ protected:
     CodeTreeScreen(QWidget* parent, const char* objectName, const QString& caption, const Features& features);
 
     // What differs from screen to screen.
-    virtual void load() = 0;
     // The tree as the boxes say; by default the rows of the table under treePrefix().
     virtual void buildTree();
     virtual QString treePrefix() const { return {}; }
@@ -132,8 +132,7 @@ protected:
     void setFilePath(const QString& path);
     // Code and name of a node: from its key, the name after the code's tab or first.
     static void nodeCodeAndName(const QTreeWidgetItem* node, QString& code, QString& name);
-    // Runs a handler; a database error is told, not thrown at the event loop.
-    void guarded(const std::function<void()>& f);
+    void afterFailure() override { m_filling = false; }
 
     QString m_table;
     QString m_word;      // the kind of row in messages and log lines
@@ -143,7 +142,6 @@ protected:
     int m_screenState = 0;
     int m_editMode = 0; // 0 browse, 1 new, 2 change
     bool m_filling = false;
-    bool m_loaded = false;
     Features m_features;
     RowSnapshot m_loadedRow;
     QString m_savedText; // the contents as stored
@@ -190,8 +188,6 @@ protected:
     QPushButton* m_cmdPosCancel;
 
 protected:
-    void showEvent(QShowEvent* event) override;
-    bool event(QEvent* event) override;
     void reject() override;
     void resizeEvent(QResizeEvent* event) override;
 
