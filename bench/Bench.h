@@ -41,17 +41,18 @@ inline double peakRssMb() {
 
 // A named operation. `run` does the work through the system; `baseline`, when there is one, does
 // the same work with the fewest plain SQL statements through the bare driver. `prepare` runs once
-// before either is timed.
+// before either is timed; `reset`, untimed, before every run, for work that must start cold.
 struct Operation {
     QString name;
     std::function<void(Context&)> run;
     std::function<void(Context&)> baseline;
     std::function<void(Context&)> prepare;
+    std::function<void(Context&)> reset;
 };
 
 using Step = std::function<void(Context&)>;
 // Registers an operation; used through ZQ_BENCH from a static initialiser in each bench/*.cpp.
-bool add(const QString& name, Step run, Step baseline = {}, Step prepare = {});
+bool add(const QString& name, Step run, Step baseline = {}, Step prepare = {}, Step reset = {});
 const std::vector<Operation>& operations();
 
 // The register's grid fields as the dictionary selects them, comma-joined, for the baselines.
@@ -65,6 +66,6 @@ qint64 readAll(QSqlDatabase& db, const QString& sql);
 
 #define ZQ_BENCH_CONCAT2(a, b) a##b
 #define ZQ_BENCH_CONCAT(a, b) ZQ_BENCH_CONCAT2(a, b)
-// ZQ_BENCH("name", run[, baseline[, prepare]]);
+// ZQ_BENCH("name", run[, baseline[, prepare[, reset]]]);
 #define ZQ_BENCH(...)                                                                                        \
     static const bool ZQ_BENCH_CONCAT(zqBenchRegistered_, __LINE__) = zq::bench::add(__VA_ARGS__)

@@ -1,11 +1,13 @@
 // The personnel browser: the screen opened on the staff in service (the counted department tree and
-// the whole list), and a click on a department of the tree. Beside each, the floor of the same reads
-// through the bare driver. The peak memory of the process after opening is printed as
-// browser.open.rss_mb.
+// the first screen of the list), a click on a department of the tree, a jump to the last row, a sort
+// of the whole list and scrolling about it. Beside each, the floor of the same reads through the bare
+// driver. The peak memory of the process after opening is printed as browser.open.rss_mb, after
+// scrolling as browser.scroll.rss_mb.
 
 #include "Bench.h"
 
 #include "personnel/frmRs_Person.h"
+#include "services/ui/Grid.h"
 #include "shell/Recordset.h"
 
 #include <cstdio>
@@ -17,14 +19,19 @@ namespace {
 
 using zq::bench::Context;
 
+bool rssPrinted = false;
+
 void openBrowser(Context&) {
     zq::frmRs_Person w;
     w.setRsState(1);
     w.show();
     QCoreApplication::processEvents();
+    if (!rssPrinted) {
+        // The first pass comes before any baseline: the peak is the browser's own.
+        rssPrinted = true;
+        std::fprintf(stderr, "browser.open.rss_mb  %.0f\n", zq::bench::peakRssMb());
+    }
 }
-
-bool rssPrinted = false;
 
 void openBaseline(Context& c) {
     zq::bench::readAll(c.raw,
@@ -32,13 +39,10 @@ void openBaseline(Context& c) {
                                       "Order by fcode"));
     zq::bench::readAll(c.raw,
                        QStringLiteral("select fbmcode,count(*) from trsbasic where fzt=1 group by fbmcode"));
+    // The list shows its count and its first screen; the rest is read as it is scrolled to.
+    zq::bench::readAll(c.raw, QStringLiteral("select count(*) from trsbasic where fzt=1"));
     zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() +
-                                  QStringLiteral(" from trsbasic where fzt=1 order by fcode"));
-    if (!rssPrinted) {
-        // The browser has been opened (and the baseline read) by now: the peak of both.
-        rssPrinted = true;
-        std::fprintf(stderr, "browser.open.rss_mb  %.0f\n", zq::bench::peakRssMb());
-    }
+                                  QStringLiteral(" from trsbasic where fzt=1 order by fcode limit 128"));
 }
 
 // One browser for every click; the clicks go to two departments in turn, so each one refreshes.
@@ -71,12 +75,67 @@ void clickDept(Context&) {
 
 void clickBaseline(Context& c) {
     const QString code = browser()->treeDeptCode();
+    const QString where =
+        QStringLiteral(" from trsbasic where fzt=1 and fbmcode like '") + code + QStringLiteral("%'");
+    zq::bench::readAll(c.raw, QStringLiteral("select count(*)") + where);
+    zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() + where +
+                                  QStringLiteral(" order by fcode limit 128"));
+}
+
+zq::ZqGrid* browserGrid() {
+    return browser()->findChild<zq::ZqGrid*>(QStringLiteral("Grid1"));
+}
+
+// The whole list in service, in code order, with no page read yet.
+void wholeList(Context&) {
+    QTreeWidget* tree = browser()->findChild<QTreeWidget*>(QStringLiteral("Tree1"));
+    browser()->Tree1_NodeClick(tree->topLevelItem(0));
+    browserGrid()->sortRows({});
+    QCoreApplication::processEvents();
+}
+
+void jumpToLast(Context&) {
+    zq::ZqGrid* grid = browserGrid();
+    grid->setActiveCell(grid->maxRows(), 1);
+    QCoreApplication::processEvents();
+}
+
+void lastBaseline(Context& c) {
     zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() +
-                                  QStringLiteral(" from trsbasic where fzt=1 and fbmcode like '") + code +
-                                  QStringLiteral("%' order by fcode"));
+                                  QStringLiteral(" from trsbasic where fzt=1 order by fcode desc limit 128"));
+}
+
+void sortByName(Context&) {
+    browserGrid()->sortRows({2});
+    QCoreApplication::processEvents();
+}
+
+void sortBaseline(Context& c) {
+    zq::bench::readAll(c.raw, QStringLiteral("select count(*) from trsbasic where fzt=1"));
+    zq::bench::readAll(c.raw,
+                       QStringLiteral("select ") + zq::bench::gridFields() +
+                           QStringLiteral(" from trsbasic where fzt=1 order by fname, fcode limit 128"));
+}
+
+// A hundred jumps spread over the whole list, each shown: the peak memory afterwards is printed.
+void scrollAround(Context&) {
+    zq::ZqGrid* grid = browserGrid();
+    const int rows = grid->maxRows();
+    for (int i = 1; i <= 100; ++i) {
+        grid->setActiveCell(std::max(1, int(qint64(rows) * ((i * 37) % 100) / 100)), 1);
+        QCoreApplication::processEvents();
+    }
+    static bool printed = false;
+    if (!printed) {
+        printed = true;
+        std::fprintf(stderr, "browser.scroll.rss_mb  %.0f\n", zq::bench::peakRssMb());
+    }
 }
 
 } // namespace
 
 ZQ_BENCH("browser.open", openBrowser, openBaseline);
 ZQ_BENCH("browser.deptclick", clickDept, clickBaseline, prepareClicks);
+ZQ_BENCH("browser.jumplast", jumpToLast, lastBaseline, {}, wholeList);
+ZQ_BENCH("browser.sort", sortByName, sortBaseline, wholeList);
+ZQ_BENCH("browser.scroll", scrollAround, {}, {}, wholeList);

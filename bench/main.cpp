@@ -28,8 +28,8 @@ std::vector<Operation>& registry() {
 }
 } // namespace
 
-bool add(const QString& name, Step run, Step baseline, Step prepare) {
-    registry().push_back({name, std::move(run), std::move(baseline), std::move(prepare)});
+bool add(const QString& name, Step run, Step baseline, Step prepare, Step reset) {
+    registry().push_back({name, std::move(run), std::move(baseline), std::move(prepare), std::move(reset)});
     return true;
 }
 
@@ -227,10 +227,12 @@ int main(int argc, char** argv) {
             const Operation& op = *p;
             if (op.prepare) op.prepare(c);
             // One untimed pass of each warms the caches of both engines alike.
+            if (op.reset) op.reset(c);
             op.run(c);
             if (op.baseline) op.baseline(c);
             std::vector<double> runs, baselines;
             for (int i = 0; i < o.runs; ++i) {
+                if (op.reset) op.reset(c);
                 runs.push_back(timed(op.run, c));
                 if (op.baseline) baselines.push_back(timed(op.baseline, c));
             }

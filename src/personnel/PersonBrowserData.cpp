@@ -47,7 +47,8 @@ QString PersonListCondition(int rsState, const QString& deptCode, const QString&
                             const QString& detailCondition, const QString& preset) {
     QString condition = QStringLiteral("a.fzt=") + num(rsState);
     if (!deptCode.isEmpty())
-        condition += QStringLiteral(" And a.fbmcode like '") + checked(deptCode) + QStringLiteral("%'");
+        condition += QStringLiteral(" And ") +
+                     conn().dialect().startsWithCode(QStringLiteral("a.fbmcode"), checked(deptCode));
     if (!seekCondition.isEmpty())
         condition += QStringLiteral(" And ") + QualifyCondition(seekCondition, QStringLiteral("a."), -1);
     if (!detailCondition.isEmpty()) condition += QStringLiteral(" And ") + detailCondition;
@@ -60,6 +61,17 @@ QString PersonListSql(const QString& gridFieldList, const QString& condition, bo
            QStringLiteral(" from trsbasic a ") +
            (joinDetail ? QStringLiteral(" Left Join tRsDetail b On a.fCode=b.fCode ") : QString()) +
            QStringLiteral(" Where ") + condition + QStringLiteral(" order by a.fcode");
+}
+
+PagedQuery PersonListPaged(const QString& gridFieldList, const QString& condition, bool joinDetail) {
+    PagedQuery q;
+    q.columns = QualifyCondition(gridFieldList, QStringLiteral("a."), 0).split(QLatin1Char(','));
+    q.from = QStringLiteral("trsbasic a") +
+             (joinDetail ? QStringLiteral(" Left Join tRsDetail b On a.fCode=b.fCode") : QString());
+    q.condition = condition;
+    q.key = QStringLiteral("a.fcode");
+    q.keyColumn = 1;
+    return q;
 }
 
 QStringList PersonListCodes(const QString& condition, bool joinDetail) {

@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include "services/PagedRows.h"
+
 namespace zq {
 
 // The statements of the personnel browser, callable without a window.
@@ -27,6 +29,8 @@ QString PersonListCondition(int rsState, const QString& deptCode, const QString&
                             const QString& detailCondition, const QString& preset = QString());
 // The statement of the list: the grid's fields (comma list) under the condition, in code order.
 QString PersonListSql(const QString& gridFieldList, const QString& condition, bool joinDetail);
+// The same list for reading on demand: its columns, tables and condition, keyed by the code.
+PagedQuery PersonListPaged(const QString& gridFieldList, const QString& condition, bool joinDetail);
 // The codes of the persons the list shows under a condition, in its order.
 QStringList PersonListCodes(const QString& condition, bool joinDetail);
 

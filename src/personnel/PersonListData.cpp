@@ -47,9 +47,16 @@ ListFilter ComposeFilter(const ListFilterInput& in) {
     return out;
 }
 
-QString PersonListQuery(const QString& fields, int state, const QString& filter) {
-    return QStringLiteral("Select ") + fields + QStringLiteral(" from tRsBasic Where fzt= ") + num(state) +
-           QLatin1Char(' ') + filter;
+PagedQuery PersonListPaged(const QString& fields, int state, const QString& filter) {
+    PagedQuery q;
+    q.columns = fields.split(QLatin1Char(','));
+    q.from = QStringLiteral("tRsBasic");
+    q.condition = QStringLiteral("fzt= ") + num(state) + QLatin1Char(' ') + filter;
+    q.key = QStringLiteral("fCode");
+    q.keyColumn = 0;
+    for (qsizetype i = 0; i < q.columns.size(); ++i)
+        if (q.columns[i].trimmed().compare(q.key, Qt::CaseInsensitive) == 0) q.keyColumn = int(i) + 1;
+    return q;
 }
 
 QVector<SeekField> SeekFields() {

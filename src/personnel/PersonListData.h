@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include "services/PagedRows.h"
+
 namespace zq {
 
 // The filter of the statistics screen from its department list, its value box and its field.
@@ -20,8 +22,9 @@ struct ListFilter {
 // Ranges and values compare as stored text; a range typed backwards is swapped.
 ListFilter ComposeFilter(const ListFilterInput& in);
 
-// "Select <fields> from tRsBasic Where fzt= <state> <filter>".
-QString PersonListQuery(const QString& fields, int state, const QString& filter);
+// The list "Select <fields> from tRsBasic Where fzt= <state> <filter>", for reading on demand,
+// keyed by the code (shown when the fields hold it).
+PagedQuery PersonListPaged(const QString& fields, int state, const QString& filter);
 
 // The searchable fields (FieldSeek 1, with a caption), as caption and column, in OrderID order.
 struct SeekField {

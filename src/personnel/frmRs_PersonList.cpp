@@ -248,7 +248,7 @@ void frmRs_PersonList::runList(const QString& filter) {
     m_views->setCurrentWidget(m_grid1);
     m_grid1->setRedraw(false);
     m_grid1->setMaxRows(0);
-    if (m_grid1->maxCols() > 0) m_grid1->loadRows(ReadRows(PersonListQuery(m_fields, state(), filter)));
+    if (m_grid1->maxCols() > 0) m_grid1->loadPaged(PersonListPaged(m_fields, state(), filter));
     const int rows = m_grid1->maxRows();
     m_txtQty->setText(QStringLiteral("%1人").arg(rows));
     if (rows > 0) m_grid1->sortRows({1, 2});

@@ -55,6 +55,20 @@ public:
     QString selectInto(const QString& newTable, const QString& selectStatement) const;
     // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.
     QString like(const QString& expr, const QString& quotedPattern) const;
+    // expr starts with a code (code checked already), ASCII case ignored as by like. On the server
+    // like on citext finds no index; the lower-cased text does, through the prefix index of the
+    // schema.
+    QString startsWithCode(const QString& expr, const QString& code) const {
+        if (!isServer()) return expr + QStringLiteral(" like '") + code + QStringLiteral("%'");
+        return QStringLiteral("lower(") + expr + QStringLiteral("::text) like '") + code.toLower() +
+               QStringLiteral("%'");
+    }
+    // A condition kept from the index choice, so that a long list in a column's order is walked
+    // through that column's index and stops at its first rows. SQLite takes an index for any
+    // equality (the state) and then sorts every row; PostgreSQL weighs both by its statistics.
+    QString filterAfterOrder(const QString& condition) const {
+        return isServer() ? condition : QStringLiteral("+(") + condition + QLatin1Char(')');
+    }
 
     // Column types of the schema.
     QString textType(int size = 0) const;

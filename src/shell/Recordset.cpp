@@ -362,7 +362,8 @@ QVector<QStringList> ReadRows(const QString& sql) {
     return rows;
 }
 
-QVector<QStringList> ReadRows(const QString& sql, const QVariantList& binds) {
+void VisitRows(const QString& sql, const QVariantList& binds,
+               const std::function<void(const QSqlQuery&)>& row) {
     Connection& c = conn();
     if (!c.isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     Connection::StatementGuard guard(c);
@@ -372,16 +373,21 @@ QVector<QStringList> ReadRows(const QString& sql, const QVariantList& binds) {
     for (const QVariant& b : binds)
         q.addBindValue(b);
     if (!q.exec()) throw DbError(q.lastError().text(), sql);
+    while (q.next())
+        row(q);
+    guard.done();
+}
+
+QVector<QStringList> ReadRows(const QString& sql, const QVariantList& binds) {
     QVector<QStringList> rows;
-    const int fields = q.record().count();
-    while (q.next()) {
+    VisitRows(sql, binds, [&rows](const QSqlQuery& q) {
+        const int fields = q.record().count();
         QStringList row;
         row.reserve(fields);
         for (int j = 0; j < fields; ++j)
             row << q.value(j).toString();
         rows << std::move(row);
-    }
-    guard.done();
+    });
     return rows;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Connection.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <QHash>
@@ -117,5 +118,9 @@ void RequireUnchanged(const RowSnapshot& loaded, const Recordset& now);
 QVector<QStringList> ReadRows(const QString& sql);
 // The same with values bound to the statement's ? markers.
 QVector<QStringList> ReadRows(const QString& sql, const QVariantList& binds);
+// Runs a statement with bound values and hands each row's values to `row`, forward only, so that
+// nothing but the row in hand is held.
+void VisitRows(const QString& sql, const QVariantList& binds,
+               const std::function<void(const QSqlQuery&)>& row);
 
 } // namespace zq

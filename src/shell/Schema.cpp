@@ -170,6 +170,13 @@ const QVector<Step>& steps() {
              CreateSearchIndex(c);
              IndexStoredTexts(c, QStringLiteral("tWd_File1"), QStringLiteral("fYnxj=1"));
          }},
+        {6,
+         [](Connection& c) {
+             // The register lists a department's staff by the prefix of their department code.
+             if (c.dialect().isServer())
+                 c.execute(QStringLiteral("create index if not exists ix_trsbasic_bmprefix on tRsBasic "
+                                          "(lower(fBmCode::text) text_pattern_ops)"));
+         }},
     };
     return s;
 }

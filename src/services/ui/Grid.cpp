@@ -1,5 +1,7 @@
 #include "Grid.h"
 
+#include "GridView.h"
+
 #include "shell/ui/Fonts.h"
 
 #include <QAbstractTableModel>
@@ -21,507 +23,9 @@
 #include <limits>
 #include <memory>
 #include <vector>
-
 namespace zq {
 
-namespace {
-
-// Horizontal room a cell needs around its text, in pixels.
-// A column never widens past this many characters to fit what it holds: a long remark wraps or
-// is cut rather than pushing every other column out of sight.
-constexpr double kMaxFitWidth = 40;
-
-// Width of a text in the dictionary's character units: a character beyond ASCII (a Chinese one)
-// counts two, as the column widths were reckoned.
-int textUnits(const QString& text) {
-    int units = 0;
-    for (const QChar ch : text)
-        units += ch.unicode() < 0x80 ? 1 : 2;
-    return units;
-}
-
-// "12.50" -> "12.5", "3.00" -> "3": the value of a number cell without its display places.
-QString withoutTrailingZeros(const QString& number) {
-    if (!number.contains(QLatin1Char('.'))) return number;
-    int end = number.size();
-    while (end > 0 && number.at(end - 1) == QLatin1Char('0'))
-        --end;
-    if (end > 0 && number.at(end - 1) == QLatin1Char('.')) --end;
-    return number.left(end);
-}
-
-double sortNumber(const QString& s) {
-    return s.isEmpty() ? -std::numeric_limits<double>::infinity() : s.toDouble();
-}
-
-} // namespace
-
-// The cells of a grid. Row r of the grid is m_rows[r - 1]; column c of the grid is m_cols[c], with
-// m_cols[0] standing for the row-header column.
-class GridModel : public QAbstractTableModel {
-public:
-    // Locks are kept as marks stamped with the order they were set in; for a cell the latest mark
-    // of the grid, its column, its row and the cell itself decides.
-    struct LockMark {
-        quint32 seq = 0;
-        bool locked = false;
-    };
-    struct Column {
-        QString header;
-        double width = 8;
-        bool hidden = false;
-        ZqGrid::CellType type = ZqGrid::CellText;
-        int decimals = 0;
-        int maxLength = 0;
-        bool multiLine = false;
-        LockMark lock;
-        QString widest; // of the rows loaded last, the text of most units: what the column must fit
-    };
-    struct Row {
-        QStringList cells; // column c at c - 1; shorter than the grid when its tail is empty
-        QString header;
-        LockMark lock;
-        std::unique_ptr<QHash<int, LockMark>> cellLocks;
-        double height = 0; // 0: the grid's row height
-    };
-
-    explicit GridModel(ZqGrid* grid)
-        : QAbstractTableModel(grid)
-        , m_grid(grid) {
-        m_cols.resize(1);
-        m_cols[0].width = -1; // the row header sizes itself until told
-    }
-
-    int rowCount(const QModelIndex& parent = {}) const override {
-        return parent.isValid() ? 0 : int(m_rows.size());
-    }
-    int columnCount(const QModelIndex& parent = {}) const override {
-        return parent.isValid() ? 0 : int(m_cols.size()) - 1;
-    }
-
-    QVariant data(const QModelIndex& index, int role) const override {
-        if (!index.isValid()) return {};
-        const int c = index.column() + 1;
-        switch (role) {
-        case Qt::DisplayRole:
-        case Qt::EditRole:
-            return cell(index.row() + 1, c);
-        case Qt::TextAlignmentRole:
-            return QVariant::fromValue(alignment(m_cols[c]));
-        default:
-            return {};
-        }
-    }
-
-    QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
-        if (role != Qt::DisplayRole) return QAbstractTableModel::headerData(section, orientation, role);
-        if (orientation == Qt::Horizontal) return m_cols.value(section + 1).header;
-        if (section < 0 || section >= rowCount()) return {};
-        const QString& h = m_rows[size_t(section)].header;
-        return h.isEmpty() ? QString::number(section + 1) : h;
-    }
-
-    Qt::ItemFlags flags(const QModelIndex& index) const override {
-        if (!index.isValid()) return Qt::NoItemFlags;
-        Qt::ItemFlags f = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
-        if (editable(index.row() + 1, index.column() + 1)) f |= Qt::ItemIsEditable;
-        return f;
-    }
-
-    // The user's edits come this way; programmatic writes go through write().
-    bool setData(const QModelIndex& index, const QVariant& value, int role) override {
-        const int r = index.row() + 1;
-        const int c = index.column() + 1;
-        if (role != Qt::EditRole || !index.isValid() || !editable(r, c)) return false;
-        QString text;
-        if (!normalise(m_cols[c], value.toString(), text)) return false;
-        if (text == cell(r, c)) return true;
-        store(r, c, text);
-        emit dataChanged(index, index);
-        emit m_grid->changed(c, r);
-        return true;
-    }
-
-    static Qt::Alignment alignment(const Column& col) {
-        if (col.type != ZqGrid::CellText) return Qt::AlignRight | Qt::AlignVCenter;
-        return col.multiLine ? Qt::AlignLeft | Qt::AlignTop : Qt::AlignLeft | Qt::AlignVCenter;
-    }
-
-    // A text as a cell of the column holds it: numbers rounded to the places and written out with
-    // them, "" for no number; false for a text that is no number.
-    static bool normalise(const Column& col, const QString& in, QString& out) {
-        if (col.type == ZqGrid::CellText) {
-            out = in;
-            return true;
-        }
-        const QString t = in.trimmed();
-        if (t.isEmpty()) {
-            out.clear();
-            return true;
-        }
-        bool ok = false;
-        const double v = t.toDouble(&ok);
-        if (!ok || !std::isfinite(v)) return false;
-        const int places = col.type == ZqGrid::CellDecimal ? std::clamp(col.decimals, 0, 15) : 0;
-        const double scale = std::pow(10.0, places);
-        double r = std::isfinite(v * scale) ? std::round(v * scale) / scale : v;
-        if (r == 0) r = 0; // no "-0"
-        out = QString::number(r, 'f', places);
-        return true;
-    }
-
-    static const QString& cellOf(const Row& row, int c) {
-        static const QString empty;
-        return c >= 1 && c <= row.cells.size() ? row.cells[c - 1] : empty;
-    }
-    const QString& cell(int r, int c) const { return cellOf(m_rows[size_t(r - 1)], c); }
-
-    void store(int r, int c, const QString& text) {
-        QStringList& cells = m_rows[size_t(r - 1)].cells;
-        if (cells.size() < c) {
-            if (text.isEmpty()) return;
-            cells.resize(c);
-        }
-        cells[c - 1] = text;
-    }
-
-    bool inRows(int r) const { return r >= 1 && r <= rowCount(); }
-    bool inCols(int c) const { return c >= 1 && c <= columnCount(); }
-
-    bool write(int r, int c, const QString& text) {
-        if (r == 0 && inCols(c)) {
-            m_cols[c].header = text;
-            if (!m_quiet) emit headerDataChanged(Qt::Horizontal, c - 1, c - 1);
-            return true;
-        }
-        if (c == 0 && inRows(r)) {
-            m_rows[size_t(r - 1)].header = text;
-            if (!m_quiet) emit headerDataChanged(Qt::Vertical, r - 1, r - 1);
-            return true;
-        }
-        if (!inRows(r) || !inCols(c)) return false;
-        QString t;
-        if (!normalise(m_cols[c], text, t)) return false;
-        store(r, c, t);
-        if (!m_quiet) {
-            const QModelIndex i = index(r - 1, c - 1);
-            emit dataChanged(i, i);
-        }
-        return true;
-    }
-
-    QString read(int r, int c) const {
-        if (r == 0) return c >= 1 && c < m_cols.size() ? m_cols[c].header : QString();
-        if (!inRows(r)) return {};
-        if (c == 0) return m_rows[size_t(r - 1)].header;
-        return inCols(c) ? cell(r, c) : QString();
-    }
-
-    void setRows(int n) {
-        n = std::max(n, 0);
-        const int old = rowCount();
-        if (n > old) {
-            beginInsertRows({}, old, n - 1);
-            m_rows.resize(size_t(n));
-            endInsertRows();
-        } else if (n < old) {
-            beginRemoveRows({}, n, old - 1);
-            m_rows.resize(size_t(n));
-            endRemoveRows();
-        }
-    }
-
-    void setCols(int n) {
-        n = std::max(n, 0);
-        const int old = columnCount();
-        if (n > old) {
-            beginInsertColumns({}, old, n - 1);
-            m_cols.resize(n + 1, m_template);
-            endInsertColumns();
-        } else if (n < old) {
-            beginRemoveColumns({}, n, old - 1);
-            m_cols.resize(n + 1);
-            for (Row& row : m_rows) {
-                if (row.cells.size() > n) row.cells.resize(n);
-                if (row.cellLocks)
-                    row.cellLocks->removeIf([n](QHash<int, LockMark>::iterator it) { return it.key() > n; });
-            }
-            endRemoveColumns();
-        }
-    }
-
-    void insertBlank(int at) {
-        beginInsertRows({}, at, at);
-        m_rows.insert(m_rows.begin() + at, Row());
-        endInsertRows();
-    }
-
-    void removeAt(int at) {
-        beginRemoveRows({}, at, at);
-        m_rows.erase(m_rows.begin() + at);
-        endRemoveRows();
-    }
-
-    // Shows everything again after a time without notices.
-    void refreshAll() {
-        if (columnCount() > 0) emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
-        if (rowCount() > 0) emit headerDataChanged(Qt::Vertical, 0, rowCount() - 1);
-        if (rowCount() > 0 && columnCount() > 0)
-            emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
-    }
-
-    void clearCells() {
-        for (Row& row : m_rows) {
-            row.cells.clear();
-            row.header.clear();
-        }
-        if (!m_quiet) refreshAll();
-    }
-
-    void load(QVector<QStringList>& rows) {
-        beginResetModel();
-        const int cols = columnCount();
-        m_rows.clear();
-        m_rows.resize(size_t(rows.size()));
-        std::vector<int> widest(size_t(cols) + 1, 0);
-        for (Column& col : m_cols)
-            col.widest.clear();
-        for (qsizetype i = 0; i < rows.size(); ++i) {
-            QStringList& cells = m_rows[size_t(i)].cells;
-            cells = std::move(rows[i]);
-            if (cells.size() > cols) cells.resize(cols);
-            for (int c = 1; c <= cells.size(); ++c) {
-                if (m_cols[c].type != ZqGrid::CellText) {
-                    QString t;
-                    cells[c - 1] = normalise(m_cols[c], cells[c - 1], t) ? t : QString();
-                }
-                // Counting units is cheap enough for every row; only the widest text is measured.
-                if (const int units = textUnits(cells[c - 1]); units > widest[size_t(c)]) {
-                    widest[size_t(c)] = units;
-                    m_cols[c].widest = cells[c - 1];
-                }
-            }
-        }
-        rows.clear();
-        endResetModel();
-    }
-
-    // After a change of type the cells of the column take their new form.
-    void renormalise(int c) {
-        for (Row& row : m_rows) {
-            if (row.cells.size() < c) continue;
-            QString t;
-            row.cells[c - 1] = normalise(m_cols[c], row.cells[c - 1], t) ? t : QString();
-        }
-        if (!m_quiet && rowCount() > 0) emit dataChanged(index(0, c - 1), index(rowCount() - 1, c - 1));
-    }
-
-    void sort(const QVector<int>& keys) {
-        beginResetModel();
-        std::stable_sort(m_rows.begin(), m_rows.end(), [&](const Row& a, const Row& b) {
-            for (int k : keys) {
-                if (!inCols(k)) continue;
-                const QString& x = cellOf(a, k);
-                const QString& y = cellOf(b, k);
-                if (m_cols[k].type != ZqGrid::CellText) {
-                    const double dx = sortNumber(x), dy = sortNumber(y);
-                    if (dx != dy) return dx < dy;
-                } else if (const int cmp = x.compare(y); cmp != 0) {
-                    return cmp < 0;
-                }
-            }
-            return false;
-        });
-        endResetModel();
-    }
-
-    static LockMark later(LockMark a, LockMark b) { return b.seq > a.seq ? b : a; }
-
-    bool locked(int r, int c) const {
-        LockMark m = m_gridLock;
-        if (c >= 1 && c < m_cols.size()) m = later(m, m_cols[c].lock);
-        if (inRows(r)) {
-            const Row& row = m_rows[size_t(r - 1)];
-            m = later(m, row.lock);
-            if (row.cellLocks) {
-                const auto it = row.cellLocks->constFind(c);
-                if (it != row.cellLocks->constEnd()) m = later(m, *it);
-            }
-        }
-        return m.locked;
-    }
-
-    bool editable(int r, int c) const { return !m_readOnly && !locked(r, c); }
-
-    void lockBlock(int row1, int col1, int row2, int col2, bool locked) {
-        const LockMark mark{++m_lockSeq, locked};
-        const bool allRows = row1 == -1;
-        const bool allCols = col1 == -1;
-        if (allRows && allCols) {
-            // Covers every cell: the finer marks can go.
-            m_gridLock = mark;
-            for (Column& col : m_cols)
-                col.lock = {};
-            for (Row& row : m_rows) {
-                row.lock = {};
-                row.cellLocks.reset();
-            }
-            return;
-        }
-        const int r1 = std::max(row1, 1), r2 = row2 == -1 ? rowCount() : std::min(row2, rowCount());
-        const int c1 = std::max(col1, 1), c2 = col2 == -1 ? columnCount() : std::min(col2, columnCount());
-        if (allRows) {
-            for (int c = c1; c <= c2; ++c)
-                m_cols[c].lock = mark;
-        } else if (allCols) {
-            for (int r = r1; r <= r2; ++r)
-                m_rows[size_t(r - 1)].lock = mark;
-        } else {
-            for (int r = r1; r <= r2; ++r) {
-                Row& row = m_rows[size_t(r - 1)];
-                if (!row.cellLocks) row.cellLocks = std::make_unique<QHash<int, LockMark>>();
-                for (int c = c1; c <= c2; ++c)
-                    row.cellLocks->insert(c, mark);
-            }
-        }
-    }
-
-    ZqGrid* m_grid;
-    std::vector<Row> m_rows;
-    QVector<Column> m_cols;
-    Column m_template; // what a new column starts with
-    LockMark m_gridLock;
-    quint32 m_lockSeq = 0;
-    bool m_readOnly = false;
-    bool m_quiet = false;
-};
-
-// The table view inside the grid: Enter and Down get the spreadsheet's meaning.
-class GridView : public QTableView {
-public:
-    explicit GridView(ZqGrid* grid)
-        : QTableView(grid)
-        , m_grid(grid) {}
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override {
-        emit m_grid->keyDown(event->key(), event->modifiers());
-        const bool plain = !(event->modifiers() & ~Qt::KeypadModifier);
-        if (plain && state() != EditingState) {
-            if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-                m_grid->onEnterKey();
-                event->accept();
-                return;
-            }
-            if (event->key() == Qt::Key_Down && m_grid->m_appendOnDown && m_grid->activeRow() >= 1 &&
-                m_grid->activeRow() == m_grid->maxRows()) {
-                m_grid->onDownKey();
-                event->accept();
-                return;
-            }
-        }
-        QTableView::keyPressEvent(event);
-    }
-
-private:
-    ZqGrid* m_grid;
-};
-
-// Editors by cell type: number cells refuse what is not a number as it is typed; multi-line text
-// cells edit in a text box where Enter still finishes the edit and Ctrl+Enter breaks the line.
-class GridDelegate : public QStyledItemDelegate {
-public:
-    explicit GridDelegate(ZqGrid* grid)
-        : QStyledItemDelegate(grid)
-        , m_grid(grid) {}
-
-    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
-                          const QModelIndex& index) const override {
-        const GridModel::Column& col = column(index);
-        if (col.type != ZqGrid::CellText) {
-            auto* edit = new QLineEdit(parent);
-            const int places = col.type == ZqGrid::CellDecimal ? col.decimals : 0;
-            const QString pattern =
-                places > 0 ? QStringLiteral("-?\\d*(\\.\\d{0,%1})?").arg(places) : QStringLiteral("-?\\d*");
-            edit->setValidator(new QRegularExpressionValidator(QRegularExpression(pattern), edit));
-            edit->setAlignment(Qt::AlignRight);
-            edit->setFrame(false);
-            return edit;
-        }
-        if (col.multiLine) {
-            auto* edit = new QPlainTextEdit(parent);
-            edit->setFrameShape(QFrame::NoFrame);
-            edit->setTabChangesFocus(true);
-            if (const int max = col.maxLength; max > 0) {
-                QObject::connect(edit, &QPlainTextEdit::textChanged, edit, [edit, max] {
-                    const QString t = edit->toPlainText();
-                    if (t.size() <= max) return;
-                    edit->setPlainText(t.left(max));
-                    edit->moveCursor(QTextCursor::End);
-                });
-            }
-            return edit;
-        }
-        auto* edit = new QLineEdit(parent);
-        edit->setFrame(false);
-        if (col.maxLength > 0) edit->setMaxLength(col.maxLength);
-        return edit;
-    }
-
-    void setEditorData(QWidget* editor, const QModelIndex& index) const override {
-        const QString text = index.data(Qt::EditRole).toString();
-        if (auto* plain = qobject_cast<QPlainTextEdit*>(editor)) {
-            plain->setPlainText(text);
-            plain->selectAll();
-        } else if (auto* line = qobject_cast<QLineEdit*>(editor)) {
-            line->setText(text);
-        }
-    }
-
-    void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override {
-        if (auto* plain = qobject_cast<QPlainTextEdit*>(editor))
-            model->setData(index, plain->toPlainText(), Qt::EditRole);
-        else if (auto* line = qobject_cast<QLineEdit*>(editor))
-            model->setData(index, line->text(), Qt::EditRole);
-    }
-
-protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-        QStyledItemDelegate::initStyleOption(option, index);
-        const GridModel::Column& col = column(index);
-        option->features.setFlag(QStyleOptionViewItem::WrapText,
-                                 col.type == ZqGrid::CellText && col.multiLine);
-    }
-
-    bool eventFilter(QObject* object, QEvent* event) override {
-        if (event->type() == QEvent::KeyPress) {
-            auto* key = static_cast<QKeyEvent*>(event);
-            if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
-                auto* editor = qobject_cast<QWidget*>(object);
-                auto* plain = qobject_cast<QPlainTextEdit*>(object);
-                if (plain &&
-                    (key->modifiers() & (Qt::ControlModifier | Qt::ShiftModifier | Qt::AltModifier))) {
-                    plain->insertPlainText(QStringLiteral("\n"));
-                    return true;
-                }
-                if (editor) {
-                    emit commitData(editor);
-                    emit closeEditor(editor, QAbstractItemDelegate::NoHint);
-                    m_grid->onEnterKey();
-                    return true;
-                }
-            }
-        }
-        return QStyledItemDelegate::eventFilter(object, event);
-    }
-
-private:
-    const GridModel::Column& column(const QModelIndex& index) const {
-        return m_grid->m_model->m_cols[index.column() + 1];
-    }
-
-    ZqGrid* m_grid;
-};
+using namespace gridcells;
 
 ZqGrid::ZqGrid(QWidget* parent)
     : QWidget(parent)
@@ -672,7 +176,7 @@ void ZqGrid::goToCell() {
 }
 
 void ZqGrid::insertRow() {
-    if (!m_model->inRows(m_row)) return;
+    if (!m_model->inRows(m_row) || isPaged()) return;
     m_model->removeAt(maxRows() - 1);
     m_model->insertBlank(m_row - 1);
 }
@@ -688,6 +192,7 @@ void ZqGrid::removeRow(int row) {
 }
 
 void ZqGrid::appendRow() {
+    if (isPaged()) return;
     setMaxRows(maxRows() + 1);
     setActiveCell(maxRows(), firstVisibleCol());
 }
@@ -734,8 +239,17 @@ void ZqGrid::sortRows(const QVector<int>& keyCols) {
     m_model->sort(keyCols);
 }
 
+void ZqGrid::loadPaged(PagedQuery query) {
+    m_model->loadPaged(std::move(query));
+}
+
+bool ZqGrid::isPaged() const {
+    return m_model->paged();
+}
+
 int ZqGrid::findRow(int col, const QString& text, int from) const {
     if (!m_model->inCols(col)) return 0;
+    if (isPaged()) return m_model->findPaged(col, text, from);
     for (int r = std::max(from, 1); r <= maxRows(); ++r)
         if (m_model->cell(r, col) == text) return r;
     return 0;
@@ -824,10 +338,7 @@ void ZqGrid::setColHidden(int col, bool hidden) {
 
 double ZqGrid::rowHeight(int row) const {
     if (row == 0) return m_headerHeight;
-    if (m_model->inRows(row)) {
-        const double h = m_model->m_rows[size_t(row - 1)].height;
-        if (h != 0) return h;
-    }
+    if (const GridModel::Row* r = m_model->heldRow(row); r && r->height != 0) return r->height;
     return m_rowHeight;
 }
 
@@ -842,8 +353,8 @@ void ZqGrid::setRowHeight(int row, double height) {
         for (GridModel::Row& r : m_model->m_rows)
             r.height = 0;
         rows->setDefaultSectionSize(std::max(1, rowHeightPixels(height)));
-    } else if (m_model->inRows(row)) {
-        m_model->m_rows[size_t(row - 1)].height = height;
+    } else if (GridModel::Row* r = m_model->heldRow(row)) {
+        r->height = height;
         rows->resizeSection(row - 1, rowHeightPixels(height));
     }
 }
@@ -954,9 +465,10 @@ void ZqGrid::applyGeometry() {
         applyColumn(c);
     setRowHeight(0, m_headerHeight);
     m_view->verticalHeader()->setDefaultSectionSize(std::max(1, rowHeightPixels(m_rowHeight)));
-    for (int r = 1; r <= maxRows(); ++r)
-        if (const double h = m_model->m_rows[size_t(r - 1)].height; h != 0)
-            m_view->verticalHeader()->resizeSection(r - 1, rowHeightPixels(h));
+    for (const GridModel::Row& r : m_model->m_rows)
+        if (r.height != 0)
+            m_view->verticalHeader()->resizeSection(int(&r - m_model->m_rows.data()),
+                                                    rowHeightPixels(r.height));
     m_settingGeometry = false;
 }
 

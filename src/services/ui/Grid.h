@@ -9,6 +9,8 @@ class QTableView;
 
 namespace zq {
 
+struct PagedQuery;
+
 class GridModel;
 class GridView;
 class GridDelegate;
@@ -28,9 +30,10 @@ class GridDelegate;
 //   block Lock         lockBlock, setLocked, isLocked
 //   ReDraw             setRedraw
 //
-// Data are held as one vector of texts per row, so a grid of 100,000 rows loads and scrolls
-// quickly: loadRows() is one model reset, and with setRedraw(false) the per-cell writes send no
-// change notices at all.
+// Rows are held as one vector of texts each (GridModel), so a grid of 100,000 rows loads and
+// scrolls quickly: loadRows() is one model reset, and with setRedraw(false) the per-cell writes send
+// no change notices at all. A list longer than that is not held but read as it is shown
+// (loadPaged, GridModelPaged). The view and the editors by cell type are in GridView.
 class ZqGrid : public QWidget {
     Q_OBJECT
 public:
@@ -92,6 +95,12 @@ public:
     // (texts beyond maxCols() are dropped; number columns refuse what is not a number by leaving
     // it empty). The active cell is cleared.
     void loadRows(QVector<QStringList> rows);
+    // Replaces all rows by a list read on demand: the count now, the rows as they are shown or read,
+    // in key ranges (see PagedRows), so that a list of a million persons opens at once and holds
+    // little. Such rows are never edited; cells, finding, sorting, removing a row and reading every
+    // row (printing) work as with loaded rows. loadRows() or setMaxRows() goes back to held rows.
+    void loadPaged(PagedQuery query);
+    bool isPaged() const;
     // Sorts the rows ascending by the given columns, in turn (numbers by value). Stable.
     void sortRows(const QVector<int>& keyCols);
     // First row at or after `from` whose cell in `col` reads `text` exactly; 0 when none.
