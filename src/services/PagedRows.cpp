@@ -73,7 +73,10 @@ QString PagedRows::beyond(Way way, const QVariantList& at, QVariantList& binds) 
         if (greater) {
             step = v.isNull() ? k + QStringLiteral(" is not null") : k + QStringLiteral(" > ?");
         } else if (!v.isNull()) {
-            step = QLatin1Char('(') + k + QStringLiteral(" < ? or ") + k + QStringLiteral(" is null)");
+            // The key is never null: its plain range keeps the index usable.
+            const bool key = i == m_order.size() - 1;
+            step = key ? k + QStringLiteral(" < ?")
+                       : QLatin1Char('(') + k + QStringLiteral(" < ? or ") + k + QStringLiteral(" is null)");
         }
         if (!step.isEmpty()) {
             terms << QLatin1Char('(') + equalSoFar + step + QLatin1Char(')');
