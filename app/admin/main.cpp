@@ -16,5 +16,7 @@ int main(int argc, char** argv) {
     }
     QCoreApplication app(argc, argv);
     QTextStream out(stdout), err(stderr);
+    if (argc > 1 && QByteArray(argv[1]) == "export") return zq::admin::runExport(app.arguments(), out, err);
+    if (argc > 1 && QByteArray(argv[1]) == "import") return zq::admin::runImport(app.arguments(), out, err);
     return zq::admin::run(app.arguments(), out, err);
 }

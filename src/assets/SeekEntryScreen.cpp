@@ -4,6 +4,7 @@
 #include "printing/Print.h"
 #include "services/InputAids.h"
 #include "services/ui/BriefDialog.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/Grid.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
@@ -62,6 +63,7 @@ SeekEntryScreen::SeekEntryScreen(QWidget* parent, const char* objectName, const 
     m_grid = named(new ZqGrid(this), QStringLiteral("Grid1"));
     m_grid->setRowSelection(true);
     m_grid->setReadOnly(true);
+    EnableGridExport(m_grid, [this] { return windowTitle(); });
 
     m_pict = named(new QFrame(this), QStringLiteral("Pict"));
     m_pict->setFrameShape(QFrame::StyledPanel);

@@ -3,6 +3,7 @@
 #include "assets/HouseData.h"
 #include "printing/Print.h"
 #include "services/ui/BriefDialog.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/DeptTree.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
@@ -79,6 +80,7 @@ frmRs_House::frmRs_House(QWidget* parent)
     m_rightBox->insertWidget(1, m_lblList);
     m_grid = new ZqGrid(m_fraRight);
     m_grid->setObjectName(QStringLiteral("Grid1"));
+    EnableGridExport(m_grid, [this] { return m_optDetail->button(1)->text(); });
     m_grid->setReadOnly(true);
     m_grid->setRowSelection(true);
     m_grid->hide();

@@ -2,6 +2,7 @@
 
 #include "DeptData.h"
 #include "services/ui/NamedWidgets.h"
+#include "services/ui/GridExport.h"
 
 #include "printing/Print.h"
 #include "services/FieldDictionary.h"
@@ -174,6 +175,7 @@ void frmRs_Dept::buildControls() {
     m_right->addWidget(buildPages());
     m_grid = new ZqGrid(right);
     m_grid->setObjectName(QStringLiteral("Grid1"));
+    EnableGridExport(m_grid, QStringLiteral("部门职务列表"));
     m_grid->setReadOnly(true);
     m_grid->setRowSelection(true);
     m_grid->hide();

@@ -3,6 +3,7 @@
 #include "PersonAssignListData.h"
 #include "printing/Print.h"
 #include "services/ui/ComboLookups.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/Grid.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
@@ -52,6 +53,7 @@ frmRs_PersonAssign::frmRs_PersonAssign(QWidget* parent)
     , m_date{new QDateEdit(this), new QDateEdit(this)} {
     setObjectName(QStringLiteral("frmRs_PersonAssign"));
     setWindowTitle(QStringLiteral("调令管理"));
+    EnableGridExport(m_grid, [this] { return windowTitle(); });
     resize(1100, 680);
 
     // The conditions, each a check box before its input, in the order the search joins them.

@@ -4,6 +4,7 @@
 #include "printing/Print.h"
 #include "services/FieldDictionary.h"
 #include "services/ui/Grid.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/GridBinding.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
@@ -73,6 +74,7 @@ ZqGrid* PersonRecordScreen::addGrid(const SubGrid& def, const QString& gridName,
     p.def = def;
     p.grid = new ZqGrid(this);
     p.grid->setObjectName(gridName);
+    EnableGridExport(p.grid, def.title);
     p.title = new QLabel(def.title, this);
     p.title->setObjectName(labelName);
     // One grid has cmdInsert and cmdDelete; a second turns the names of both pairs numbered.

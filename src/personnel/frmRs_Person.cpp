@@ -2,6 +2,8 @@
 
 #include "PersonBrowserData.h"
 #include "services/ui/NamedWidgets.h"
+#include "services/ui/GridExport.h"
+#include "personnel/PersonImportDialog.h"
 
 #include "printing/Print.h"
 #include "printing/PrintOutput.h"
@@ -112,6 +114,7 @@ void frmRs_Person::buildControls() {
     auto* comAdd = NamedButton(this, "ComAdd", QStringLiteral("新增(&A)"));
     auto* cmdChg = NamedButton(this, "cmdChg", QStringLiteral("修改(&C)"));
     auto* comDel = NamedButton(this, "ComDel", QStringLiteral("删除(&D)"));
+    auto* cmdImport = NamedButton(this, "cmdImport", QStringLiteral("导入员工"));
     auto* cmdOpen = NamedButton(this, "cmdOpen", QStringLiteral("查询(&S)"));
     m_cmdState = NamedButton(this, "cmdState", QStringLiteral("离职处理"));
     auto* cmdCompile = NamedButton(this, "cmdCompile", QStringLiteral("汇总统计"));
@@ -145,7 +148,7 @@ void frmRs_Person::buildControls() {
     top->addWidget(m_chkTotalMan);
     top->addSpacing(8);
     for (QWidget* w : {static_cast<QWidget*>(comAdd), static_cast<QWidget*>(cmdChg),
-                       static_cast<QWidget*>(comDel), static_cast<QWidget*>(cmdOpen),
+                       static_cast<QWidget*>(comDel), static_cast<QWidget*>(cmdImport), static_cast<QWidget*>(cmdOpen),
                        static_cast<QWidget*>(m_cmdState), static_cast<QWidget*>(cmdCompile),
                        static_cast<QWidget*>(cmdDept), static_cast<QWidget*>(cmdListOption),
                        static_cast<QWidget*>(m_cmdSeek), static_cast<QWidget*>(m_cmdPrint)})
@@ -163,6 +166,7 @@ void frmRs_Person::buildControls() {
     m_tree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     m_grid = new ZqGrid(this);
     m_grid->setObjectName(QStringLiteral("Grid1"));
+    EnableGridExport(m_grid, QStringLiteral("员工名单"));
     m_grid->setReadOnly(true);
     m_grid->setRowSelection(true);
     m_lblTotal = new QLabel(QStringLiteral("合计：人"), this);
@@ -208,6 +212,7 @@ void frmRs_Person::buildControls() {
                     [this, handler] { guarded([this, handler] { (this->*handler)(); }); });
     };
     wire(comAdd, &frmRs_Person::ComAdd_Click);
+    wire(cmdImport, &frmRs_Person::cmdImport_Click);
     wire(cmdChg, &frmRs_Person::cmdChg_Click);
     wire(comDel, &frmRs_Person::ComDel_Click);
     wire(cmdOpen, &frmRs_Person::cmdOpen_Click);
@@ -553,6 +558,12 @@ void frmRs_Person::ComAdd_Click() {
     if (refusedRight(1, kNoEntry)) return;
     G().PersonEditMode = 1;
     OpenRecordScreen();
+}
+
+// Adding needs the right to add; updating existing persons also the right to change.
+void frmRs_Person::cmdImport_Click() {
+    if (refusedRight(1, kNoEntry)) return;
+    if (ImportPersons(this, CheckModel(BrowserModelKey(m_rsState), 2) != 0)) RefreshPersonList();
 }
 
 void frmRs_Person::cmdChg_Click() {

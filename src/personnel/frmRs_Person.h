@@ -59,6 +59,7 @@ public:
     void OpenRecordScreen();
     void ComAdd_Click();
     void cmdChg_Click();
+    void cmdImport_Click();
     void cmdOpen_Click();
     void ComDel_Click();
     void cmdState_Click();

@@ -3,6 +3,7 @@
 #include "PersonRecordsData.h"
 #include "printing/Print.h"
 #include "services/ui/Grid.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/GridBinding.h"
 #include "services/ui/InputAidsUi.h"
 #include "shell/DbError.h"
@@ -22,6 +23,7 @@ frmRs_PersonDetail::frmRs_PersonDetail(QWidget* parent)
     setObjectName(QStringLiteral("frmRs_PersonDetail"));
     m_title->setObjectName(QStringLiteral("lblTitle"));
     m_grid->setObjectName(QStringLiteral("Grid1"));
+    EnableGridExport(m_grid, [this] { return m_title->text(); });
     // Captions in column 1, never edited; the texts in column 2, up to 500 characters each.
     m_grid->setMaxCols(2);
     m_grid->setMaxRows(4);

@@ -4,6 +4,7 @@
 #include "printing/Print.h"
 #include "services/FieldDictionary.h"
 #include "services/ui/Grid.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/GridBinding.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/SaveOrTell.h"
@@ -30,6 +31,7 @@ frmRs_PersonFamily::frmRs_PersonFamily(QWidget* parent)
     , m_marryInform(new QLabel(this))
     , m_grid2(new ZqGrid(this)) {
     setObjectName(QStringLiteral("frmRs_PersonFamily"));
+    EnableGridExport(m_grid2, [this] { return m_title0->text(); });
     addGrid(SubGrid(QStringLiteral("tRsfamily"), QStringLiteral("fch,fName,fny,fdw,fZz"), {},
                     {{"fCh", QStringLiteral("称呼"), 5, 10},
                      {"fName", QStringLiteral("姓名"), 11, 10},

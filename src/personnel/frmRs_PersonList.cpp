@@ -3,6 +3,7 @@
 #include "PersonListData.h"
 #include "printing/Print.h"
 #include "services/ui/BriefDialog.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/ComboLookups.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
@@ -67,6 +68,8 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     , m_lstSelect(new QListWidget(m_picture2)) {
     setObjectName(QStringLiteral("frmRs_PersonList"));
     setWindowTitle(QStringLiteral("人事统计查询"));
+    EnableGridExport(m_grid1, QStringLiteral("员工名单"));
+    EnableGridExport(m_grid2, QStringLiteral("员工数据统计表"));
     resize(1100, 720);
     m_cboZT->setObjectName(QStringLiteral("cboZT"));
     m_combo1->setObjectName(QStringLiteral("Combo1"));

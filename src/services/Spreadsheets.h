@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+namespace zq {
+
+// Spreadsheets in and out: .xlsx and .csv files written from any stream of rows, and read back as
+// rows of texts. Plain functions, no window; the screens and zqrs-admin are thin layers over them.
+
+// How a column's cells go into the file. Text stays text (codes keep their leading zeros); a number
+// column writes real numbers and a date column real dates wherever the cell reads as one, and the
+// text as it is where it does not.
+enum class CellKind { Text, Number, Date };
+
+struct SheetColumn {
+    QString caption;
+    CellKind kind = CellKind::Text;
+    int decimals = 0;   // places shown in a number column
+    double width = 10;  // in average characters, as the grid measures
+};
+
+// What an export reads: the columns, then the rows one at a time, so that a million rows are never
+// held at once.
+class RowSource {
+public:
+    virtual ~RowSource() = default;
+    virtual QVector<SheetColumn> columns() const = 0;
+    // The next row's cells, one per column; false when there are no more rows.
+    virtual bool next(QStringList& cells) = 0;
+};
+
+// A RowSource over rows already in memory (a preview's refusals, a test's table).
+class ListRowSource : public RowSource {
+public:
+    ListRowSource(QVector<SheetColumn> columns, QVector<QStringList> rows)
+        : m_columns(std::move(columns)), m_rows(std::move(rows)) {}
+    QVector<SheetColumn> columns() const override { return m_columns; }
+    bool next(QStringList& cells) override {
+        if (m_at >= m_rows.size()) return false;
+        cells = m_rows.at(m_at++);
+        return true;
+    }
+
+private:
+    QVector<SheetColumn> m_columns;
+    QVector<QStringList> m_rows;
+    qsizetype m_at = 0;
+};
+
+// Writes the rows as the file's suffix asks: .csv (UTF-8 with a byte-order mark, so spreadsheet
+// programs show Chinese), anything else .xlsx (one sheet named after `sheetName`, captions in the
+// first row, written in constant memory). Gives the rows written, or -1 with `error` set.
+qint64 ExportRows(const QString& path, RowSource& source, const QString& sheetName, QString* error = nullptr);
+qint64 WriteXlsx(const QString& path, RowSource& source, const QString& sheetName, QString* error = nullptr);
+qint64 WriteCsv(const QString& path, RowSource& source, QString* error = nullptr);
+
+// The days since 1899-12-30 that a spreadsheet stores a date as, and back.
+double DateSerial(int year, int month, int day);
+QString DateOfSerial(double serial);
+// A date text in the usual forms (2024-01-05, 2024/1/5, 2024.1.5, 2024年1月5日, 20240105) as
+// yyyy-mm-dd; the empty text when it is no valid date.
+QString ParseDateText(const QString& text);
+
+// A sheet read back: every non-empty row with its row number in the file (from 1). A row whose cells
+// cannot be taken as they are (a merged range, a formula without a value, a cell too long) carries
+// the reason in `problem` and its readable cells.
+struct SheetRow {
+    int number = 0;
+    QStringList cells;
+    QString problem;
+};
+struct SheetData {
+    QVector<SheetRow> rows;
+    QString error; // the whole file refused: not a spreadsheet, unreadable, empty
+};
+
+// The longest cell a spreadsheet holds; anything longer is refused as a row problem.
+constexpr int kMaxCellChars = 32767;
+
+// Reads the first sheet of an .xlsx file (shared and inline strings, numbers, dates by their number
+// format, empty cells) or a .csv file (UTF-8 with or without a byte-order mark, else GB18030). Dates
+// come as yyyy-mm-dd, numbers in their shortest form.
+SheetData ReadSpreadsheet(const QString& path);
+SheetData ReadXlsx(const QString& path);
+SheetData ReadCsv(const QString& path);
+// The cells of CSV text, for tests and the reader.
+SheetData ParseCsvText(const QString& text);
+
+// The column letters of a 0-based column index: 0 -> A, 26 -> AA.
+QString ColumnLetters(int col);
+
+} // namespace zq
