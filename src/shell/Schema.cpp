@@ -173,7 +173,8 @@ const QVector<Step>& steps() {
         {6,
          [](Connection& c) {
              // The register reads its list in code order a page at a time, within a state.
-             c.execute(QStringLiteral("create index if not exists ix_trsbasic_state_code on tRsBasic (fzt, fCode)"));
+             c.execute(QStringLiteral(
+                 "create index if not exists ix_trsbasic_state_code on tRsBasic (fzt, fCode)"));
              // The register lists a department's staff by the prefix of their department code.
              if (c.dialect().isServer())
                  c.execute(QStringLiteral("create index if not exists ix_trsbasic_bmprefix on tRsBasic "

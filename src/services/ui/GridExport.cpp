@@ -1,5 +1,7 @@
 #include "GridExport.h"
 
+#include <algorithm>
+
 #include "Grid.h"
 #include "shell/Prompts.h"
 
@@ -16,6 +18,7 @@ namespace {
 // A column is taken for dates after this many filled cells agree; the writer still writes any
 // other text as text, so a late odd cell loses nothing.
 constexpr int kSniffCells = 50;
+constexpr int kSniffRows = 2000;
 } // namespace
 
 GridRowSource::GridRowSource(const ZqGrid& grid)
@@ -47,7 +50,8 @@ GridRowSource::GridRowSource(const ZqGrid& grid)
         } else {
             int seen = 0;
             bool dates = true;
-            for (int r = 1; r <= m_last && seen < kSniffCells && dates; ++r) {
+            // Looked for near the top only: a long list read on demand is not read through for it.
+            for (int r = 1; r <= std::min(m_last, kSniffRows) && seen < kSniffCells && dates; ++r) {
                 const QString t = grid.text(r, c).trimmed();
                 if (t.isEmpty()) continue;
                 ++seen;
