@@ -28,7 +28,8 @@ QString placeholders(qsizetype n) {
 
 PagedRows::PagedRows(PagedQuery query, int keptPages)
     : m_query(std::move(query))
-    , m_keptPages(std::max(keptPages, 4)) {
+    , m_keptPages(std::max(keptPages, 4))
+    , m_nullsFirst(conn().dialect().nullsFirst()) {
     sortBy({});
 }
 
@@ -42,13 +43,11 @@ QString PagedRows::where(bool forPages) const {
 }
 
 QString PagedRows::orderBy(Way way) const {
+    // No nulls clause: each engine's own placement mirrors exactly between the two directions, and
+    // only it lets an index give the order.
     QStringList parts;
-    for (const SortKey& k : m_order) {
-        // Nulls sit before every value in an ascending order and after them in a descending one,
-        // the same on both engines, so that walking backwards is the exact mirror.
-        const bool desc = k.desc != (way == Way::Backward);
-        parts << k.expr + (desc ? QStringLiteral(" desc nulls last") : QStringLiteral(" nulls first"));
-    }
+    for (const SortKey& k : m_order)
+        parts << k.expr + (k.desc != (way == Way::Backward) ? QStringLiteral(" desc") : QString());
     return QStringLiteral(" order by ") + parts.join(QLatin1Char(','));
 }
 
@@ -68,16 +67,19 @@ QString PagedRows::beyond(Way way, const QVariantList& at, QVariantList& binds) 
         const QString& k = m_order[i].expr;
         const QVariant& v = at[i];
         const bool greater = m_order[i].desc == (way == Way::Backward);
+        // The key is never null: its plain range keeps the index usable.
+        const bool key = i == m_order.size() - 1;
+        // Beyond a value in the direction where nulls lie, nulls follow; coming from a null, the
+        // values do, or nothing.
+        const bool towardsNulls = greater != m_nullsFirst;
+        const QString op = greater ? QStringLiteral(" > ?") : QStringLiteral(" < ?");
         QString step;
-        QVariantList stepBinds;
-        if (greater) {
-            step = v.isNull() ? k + QStringLiteral(" is not null") : k + QStringLiteral(" > ?");
-        } else if (!v.isNull()) {
-            // The key is never null: its plain range keeps the index usable.
-            const bool key = i == m_order.size() - 1;
-            step = key ? k + QStringLiteral(" < ?")
-                       : QLatin1Char('(') + k + QStringLiteral(" < ? or ") + k + QStringLiteral(" is null)");
-        }
+        if (v.isNull())
+            step = towardsNulls ? QString() : k + QStringLiteral(" is not null");
+        else if (towardsNulls && !key)
+            step = QLatin1Char('(') + k + op + QStringLiteral(" or ") + k + QStringLiteral(" is null)");
+        else
+            step = k + op;
         if (!step.isEmpty()) {
             terms << QLatin1Char('(') + equalSoFar + step + QLatin1Char(')');
             // The binds of the equalities before it, then its own.

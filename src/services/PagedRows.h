@@ -22,6 +22,7 @@ struct PagedQuery {
 // end of a million rows comes as fast as the start: from the start or the end of the list, or from
 // a neighbouring page held already; a jump into the middle reads, once per order, the key at every
 // page's edge. Only the pages used last are kept, so memory stays flat however far one scrolls.
+// Nulls of a sorted column come where the engine puts them (first on SQLite, last on the server).
 // Rows that other clients add or delete meanwhile show after refresh(); a page that comes back
 // short is filled with blank rows so that the count holds until then.
 class PagedRows {
@@ -78,6 +79,7 @@ private:
     int m_count = 0;
     QString m_pageCondition;
     int m_keptPages;
+    bool m_nullsFirst;
     quint64 m_clock = 0;
     QHash<int, Page> m_pages;
     QVector<QVariantList> m_anchors; // the key of the last row of page i, for i = 0, 1, ...

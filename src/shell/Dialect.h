@@ -63,6 +63,9 @@ public:
         return QStringLiteral("lower(") + expr + QStringLiteral("::text) like '") + code.toLower() +
                QStringLiteral("%'");
     }
+    // Where nulls come in an ascending order, and so in the indexes: first on SQLite, last on the
+    // server. Orders keep the engine's own placement, so that an index serves them.
+    bool nullsFirst() const { return !isServer(); }
     // A condition kept from the index choice, so that a long list in a column's order is walked
     // through that column's index and stops at its first rows. SQLite takes an index for any
     // equality (the state) and then sorts every row; PostgreSQL weighs both by its statistics.

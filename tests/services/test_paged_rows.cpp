@@ -54,7 +54,7 @@ QVector<QStringList> allOf(PagedRows& rows) {
     return all;
 }
 
-// The same list read at once, in the order the engine gives with nulls first.
+// The same list read at once, in the order the engine gives (nulls where it puts them).
 QVector<QStringList> readAtOnce(const QString& order, const QString& condition = QStringLiteral("a.fzt=1")) {
     QVector<QStringList> rows;
     for (Recordset rs(conn(), QStringLiteral("select a.fCode,a.fName,a.fBirthDay from trsbasic a where ") +
@@ -95,11 +95,9 @@ private slots:
     void sortsWithTiesAndNullsAsTheEngineDoes() {
         PagedRows rows(persons(), 4);
         rows.sortByColumns({2, 3});
-        QCOMPARE(allOf(rows),
-                 readAtOnce(QStringLiteral("a.fName nulls first,a.fBirthDay nulls first,a.fcode")));
+        QCOMPARE(allOf(rows), readAtOnce(QStringLiteral("a.fName,a.fBirthDay,a.fcode")));
         rows.sortBy({QStringLiteral("a.fBirthDay desc")});
-        const QVector<QStringList> expected =
-            readAtOnce(QStringLiteral("a.fBirthDay desc nulls last,a.fcode"));
+        const QVector<QStringList> expected = readAtOnce(QStringLiteral("a.fBirthDay desc,a.fcode"));
         for (int r : {400, 1, rows.count(), 250, 251, 249})
             QCOMPARE(rows.row(r), expected[r - 1]);
         rows.refresh();
@@ -117,8 +115,8 @@ private slots:
         QCOMPARE(rows.findKey(QStringLiteral("P0000")), 0); // left, in another state
         QCOMPARE(rows.findKey(QStringLiteral("nobody")), 0);
         rows.sortByColumns({2});
-        const QVector<QStringList> byName = readAtOnce(QStringLiteral("a.fName nulls first,a.fcode"),
-                                                       QStringLiteral("a.fzt=1 and a.fBmCode like '01%'"));
+        const QVector<QStringList> byName =
+            readAtOnce(QStringLiteral("a.fName,a.fcode"), QStringLiteral("a.fzt=1 and a.fBmCode like '01%'"));
         QCOMPARE(rows.findKey(byName[150].first()), 151);
 
         const int before = rows.count();
@@ -147,18 +145,6 @@ private slots:
         const QString code = held.text(333, 1);
         QCOMPARE(onDemand.findRow(1, code), held.findRow(1, code));
         QCOMPARE(onDemand.findRow(2, held.text(333, 2), 300), held.findRow(2, held.text(333, 2), 300));
-        // Nothing on demand is edited; removing a row leaves it out.
-        QVERIFY(!onDemand.setText(5, 2, QStringLiteral("改")));
-        QVERIFY(onDemand.isLocked(5, 2));
-        onDemand.removeRow(333);
-        held.removeRow(333);
-        QCOMPARE(onDemand.maxRows(), held.maxRows());
-        QCOMPARE(onDemand.rowTexts(333), held.rowTexts(333));
-        // Sorting goes to the database; ties keep the code's order in both.
-        held.sortRows({3});
-        onDemand.sortRows({3});
-        for (int r : {1, 100, 101, held.maxRows()})
-            QCOMPARE(onDemand.text(r, 3), held.text(r, 3));
         // Export streams through every row and writes what the held grid writes.
         QTemporaryDir dir;
         for (ZqGrid* g : {&held, &onDemand}) {
@@ -169,6 +155,24 @@ private slots:
         QFile a(dir.filePath("held.csv")), b(dir.filePath("paged.csv"));
         QVERIFY(a.open(QIODevice::ReadOnly) && b.open(QIODevice::ReadOnly));
         QCOMPARE(b.readAll(), a.readAll());
+        // Nothing on demand is edited; removing a row leaves it out.
+        QVERIFY(!onDemand.setText(5, 2, QStringLiteral("改")));
+        QVERIFY(onDemand.isLocked(5, 2));
+        onDemand.removeRow(333);
+        held.removeRow(333);
+        QCOMPARE(onDemand.maxRows(), held.maxRows());
+        QCOMPARE(onDemand.rowTexts(333), held.rowTexts(333));
+        // Sorting goes to the database; ties keep the code's order in both. Empty cells come first
+        // in a held grid, where SQLite puts nulls; the server puts them last.
+        held.sortRows({3});
+        onDemand.sortRows({3});
+        int nulls = 0;
+        for (int r = 1; r <= held.maxRows(); ++r)
+            nulls += held.text(r, 3).isEmpty() ? 1 : 0;
+        QVERIFY(nulls > 0);
+        const int shift = test::onServer() ? nulls : 0;
+        for (int r : {1, 100, 101, held.maxRows() - nulls})
+            QCOMPARE(onDemand.rowTexts(r), held.rowTexts(r + shift));
         // Held rows come back with loadRows or a new size.
         onDemand.setMaxRows(2);
         QVERIFY(!onDemand.isPaged());
