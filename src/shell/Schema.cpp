@@ -179,6 +179,10 @@ const QVector<Step>& steps() {
              if (c.dialect().isServer())
                  c.execute(QStringLiteral("create index if not exists ix_trsbasic_bmprefix on tRsBasic "
                                           "(lower(fBmCode::text) text_pattern_ops)"));
+             // A database analysed before would have its planner weigh the new indexes blind, and
+             // take the code index for the grouped head counts.
+             if (c.dialect().isServer() || tableExists(c, QStringLiteral("sqlite_stat1")))
+                 c.execute(QStringLiteral("analyze tRsBasic"));
          }},
     };
     return s;
