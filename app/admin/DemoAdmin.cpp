@@ -35,7 +35,10 @@ const QString kHelp =
                    "         并建立演示用户: 系统负责人和两位权限有限的员工。\n"
                    "         已有员工的数据库不作任何改动。\n"
                    "upgrade  把旧的数据库升级到本程序的结构版本, 显示升级前后的版本。\n"
-                   "version  显示程序和数据库结构的版本。\n");
+                   "version  显示程序和数据库结构的版本。\n"
+                   "print    打印人员卡片、表格或履历表为 PDF (zqrs-admin print 显示用法)。\n"
+                   "export   把表格导出为 .xlsx 或 .csv (zqrs-admin export 显示用法)。\n"
+                   "import   从 .xlsx 或 .csv 导入员工 (zqrs-admin import 显示用法)。\n");
 
 struct Parsed {
     QString command;

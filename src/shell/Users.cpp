@@ -371,29 +371,4 @@ QStringList logUsers(Connection& c) {
     return out;
 }
 
-namespace {
-QString csvField(const QString& v) {
-    if (!v.contains(QLatin1Char(',')) && !v.contains(QLatin1Char('"')) && !v.contains(QLatin1Char('\n')) &&
-        !v.contains(QLatin1Char('\r')))
-        return v;
-    QString q = v;
-    q.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-    return QLatin1Char('"') + q + QLatin1Char('"');
-}
-
-QString csvLine(const QStringList& fields) {
-    QStringList out;
-    for (const QString& f : fields)
-        out << csvField(f);
-    return out.join(QLatin1Char(',')) + QStringLiteral("\r\n");
-}
-} // namespace
-
-QString logCsv(const QVector<LogEntry>& entries, const QStringList& header) {
-    QString out = csvLine(header);
-    for (const LogEntry& e : entries)
-        out += csvLine({e.time, e.user, e.module, e.text});
-    return out;
-}
-
 } // namespace zq

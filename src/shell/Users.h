@@ -115,8 +115,5 @@ struct LogFilter {
 QVector<LogEntry> readLog(Connection& c, const LogFilter& filter);
 // Everyone who has a line in the log, by name.
 QStringList logUsers(Connection& c);
-// The lines as comma-separated values with a header row; fields with a comma, quote or line break
-// are quoted.
-QString logCsv(const QVector<LogEntry>& entries, const QStringList& header);
 
 } // namespace zq

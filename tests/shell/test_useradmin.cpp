@@ -1,6 +1,8 @@
 #include "Controls.h"
 #include "TestDb.h"
 
+#include "services/Spreadsheets.h"
+
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/Recordset.h"
@@ -257,6 +259,13 @@ private slots:
         QCOMPARE(rows[0], QString("时间,用户,模块,内容"));
         QCOMPARE(rows[2], today + " 09:00:00,李四,在职员工档案,增加员工记录 [0001-王五]");
         QVERIFY(m_prompts->messages().last().startsWith("已导出 4 条记录"));
+        // The default is a workbook; it reads back the same.
+        m_prompts->answerFile(dir.filePath("日志"));
+        child<QPushButton>(d, "cmdExport")->click();
+        const SheetData sheet = ReadSpreadsheet(dir.filePath("日志.xlsx"));
+        QVERIFY2(sheet.error.isEmpty(), qPrintable(sheet.error));
+        QCOMPARE(sheet.rows.size(), 5);
+        QCOMPARE(sheet.rows[2].cells.join(','), rows[2]);
     }
 };
 

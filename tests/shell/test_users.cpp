@@ -233,15 +233,6 @@ private slots:
                             out, err),
                  int(admin::Usage));
     }
-
-    void csvQuotesWhatNeedsIt() {
-        const QVector<LogEntry> e = {{"2025-03-01 08:00:00", "张三", "在职员工档案", "a,b"},
-                                     {"2025-03-01 08:00:01", "李四", "x", "说 \"好\"\n第二行"}};
-        const QString csv = logCsv(e, {"时间", "用户", "模块", "内容"});
-        QCOMPARE(csv, QString("时间,用户,模块,内容\r\n"
-                              "2025-03-01 08:00:00,张三,在职员工档案,\"a,b\"\r\n"
-                              "2025-03-01 08:00:01,李四,x,\"说 \"\"好\"\"\n第二行\"\r\n"));
-    }
 };
 
 ZQ_DB_TEST_MAIN(TestUsers)

@@ -19,6 +19,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
+
+#include "services/Spreadsheets.h"
 #include <QVBoxLayout>
 
 namespace zq {
@@ -96,7 +98,7 @@ LogViewerDialog::LogViewerDialog(Connection& db, QWidget* parent)
     m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_grid->setAlternatingRowColors(true);
 
-    auto* exportButton = namedButton(this, "cmdExport", QStringLiteral("导出CSV..."));
+    auto* exportButton = namedButton(this, "cmdExport", QStringLiteral("导出Excel..."));
     auto* close = namedButton(this, "cmdClose", QStringLiteral("关闭"));
     auto* bottom = new QHBoxLayout;
     bottom->addWidget(m_count, 1);
@@ -110,7 +112,7 @@ LogViewerDialog::LogViewerDialog(Connection& db, QWidget* parent)
 
     connect(seekButton, &QPushButton::clicked, this, &LogViewerDialog::seek);
     connect(m_text, &QLineEdit::returnPressed, this, &LogViewerDialog::seek);
-    connect(exportButton, &QPushButton::clicked, this, &LogViewerDialog::exportCsv);
+    connect(exportButton, &QPushButton::clicked, this, &LogViewerDialog::exportLog);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
 
     seek();
@@ -152,7 +154,7 @@ void LogViewerDialog::seek() {
                          : QStringLiteral("共 %1 条").arg(m_entries.size()));
 }
 
-bool LogViewerDialog::exportCsv() {
+bool LogViewerDialog::exportLog() {
     if (m_entries.isEmpty()) {
         ShowMsg(QStringLiteral("没有可导出的记录!"), vbExclamation, kTitle);
         return false;
@@ -160,22 +162,26 @@ bool LogViewerDialog::exportCsv() {
     FileRequest r;
     r.mode = FileRequest::Save;
     r.title = QStringLiteral("导出操作日志");
-    r.filter = QStringLiteral("CSV 文件|*.csv|所有文件|*");
+    r.filter = QStringLiteral("Excel 文件|*.xlsx|CSV 文件|*.csv|所有文件|*");
     r.flags = cdlOFNOverwritePrompt | cdlOFNPathMustExist;
     r.fileName =
-        QStringLiteral("操作日志_%1.csv").arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd")));
+        QStringLiteral("操作日志_%1.xlsx").arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd")));
     QString file = prompts().file(r);
     if (file.isEmpty()) return false;
-    if (QFileInfo(file).suffix().isEmpty()) file += QStringLiteral(".csv");
-    QFile out(file);
-    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-        ShowMsg(QStringLiteral("无法写入文件: %1").arg(file), vbExclamation, kTitle);
+    if (QFileInfo(file).suffix().isEmpty()) file += QStringLiteral(".xlsx");
+    QVector<SheetColumn> columns;
+    for (const QString& caption : header())
+        columns.append({caption, CellKind::Text, 0, caption == header().first() ? 20.0 : 16.0});
+    QVector<QStringList> rows;
+    rows.reserve(m_entries.size());
+    for (const LogEntry& e : m_entries)
+        rows << QStringList{e.time, e.user, e.module, e.text};
+    ListRowSource source(std::move(columns), std::move(rows));
+    QString error;
+    if (ExportRows(file, source, QStringLiteral("操作日志"), &error) < 0) {
+        ShowMsg(QStringLiteral("无法写入文件: %1\n%2").arg(file, error), vbExclamation, kTitle);
         return false;
     }
-    // The byte-order mark lets spreadsheet programs read the Chinese text as UTF-8.
-    out.write("\xEF\xBB\xBF");
-    out.write(logCsv(m_entries, header()).toUtf8());
-    out.close();
     ShowMsg(QStringLiteral("已导出 %1 条记录到 %2").arg(m_entries.size()).arg(file), vbInformation, kTitle);
     return true;
 }

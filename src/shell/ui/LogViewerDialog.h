@@ -25,7 +25,8 @@ public:
     // Runs the filter of the controls and shows the lines.
     void seek();
     // Asks for a file and writes the lines shown to it; false when nothing was written.
-    bool exportCsv();
+    // To .xlsx or .csv, as the file name chosen says.
+    bool exportLog();
     const QVector<LogEntry>& shown() const { return m_entries; }
 
 private:
