@@ -29,31 +29,15 @@ QString scratchFile(const QString& name) {
     return QDir::temp().filePath(QStringLiteral("zqrs-bench-") + name);
 }
 
-class QueryRows : public zq::RowSource {
-public:
-    explicit QueryRows(const QString& sql)
-        : m_rs(zq::conn(), sql) {
-        for (const QString& f : kFields.split(QLatin1Char(','))) {
-            zq::SheetColumn c{f, zq::CellKind::Text, 0, 12};
-            if (f == QLatin1String("fBirthDay") || f == QLatin1String("fSpday")) c.kind = zq::CellKind::Date;
-            m_columns << c;
-        }
+QVector<zq::SheetColumn> exportColumns() {
+    QVector<zq::SheetColumn> columns;
+    for (const QString& f : kFields.split(QLatin1Char(','))) {
+        zq::SheetColumn c{f, zq::CellKind::Text, 0, 12};
+        if (f == QLatin1String("fBirthDay") || f == QLatin1String("fSpday")) c.kind = zq::CellKind::Date;
+        columns << c;
     }
-    QVector<zq::SheetColumn> columns() const override { return m_columns; }
-    bool next(QStringList& cells) override {
-        if (m_rs.eof()) return false;
-        cells.clear();
-        for (int i = 0; i < m_columns.size(); ++i)
-            cells << m_rs.text(i);
-        m_rs.moveNext();
-        return true;
-    }
-
-private:
-    QVector<zq::SheetColumn> m_columns;
-    zq::Recordset m_rs;
-};
-
+    return columns;
+}
 bool rssPrinted = false;
 
 QString exportSql(const Context& c) {
@@ -72,9 +56,10 @@ void deleteImported(QSqlDatabase& db) {
 ZQ_BENCH(
     "export.xlsx100k",
     [](Context& c) {
-        QueryRows rows(exportSql(c));
+        zq::QueryRowSource rows(exportColumns(), exportSql(c));
         QString error;
-        if (zq::WriteXlsx(scratchFile(QStringLiteral("export.xlsx")), rows, QStringLiteral("员工名单"), &error) < 0)
+        if (zq::WriteXlsx(scratchFile(QStringLiteral("export.xlsx")), rows, QStringLiteral("员工名单"),
+                          &error) < 0)
             throw std::runtime_error(error.toStdString());
         if (!rssPrinted) {
             rssPrinted = true;
@@ -86,14 +71,16 @@ ZQ_BENCH(
 ZQ_BENCH(
     "import.persons10k",
     [](Context& c) {
-        const zq::ImportCheck check = zq::CheckImport(zq::PrepareImport(scratchFile(QStringLiteral("import.csv"))), false);
+        const zq::ImportCheck check =
+            zq::CheckImport(zq::PrepareImport(scratchFile(QStringLiteral("import.csv"))), false);
         if (!check.error.isEmpty() || check.added != kImportRows)
-            throw std::runtime_error(QStringLiteral("import: %1, added %2, refused %3: %4")
-                                         .arg(check.error)
-                                         .arg(check.added)
-                                         .arg(check.refused)
-                                         .arg(check.issues.isEmpty() ? QString() : check.issues.first().reason)
-                                         .toStdString());
+            throw std::runtime_error(
+                QStringLiteral("import: %1, added %2, refused %3: %4")
+                    .arg(check.error)
+                    .arg(check.added)
+                    .arg(check.refused)
+                    .arg(check.issues.isEmpty() ? QString() : check.issues.first().reason)
+                    .toStdString());
         zq::WriteImport(check, false);
         deleteImported(c.raw);
     },
@@ -106,7 +93,8 @@ ZQ_BENCH(
             marks << QStringLiteral("?");
         c.raw.transaction();
         QSqlQuery q(c.raw);
-        q.prepare(QStringLiteral("insert into tRsBasic (%1,fzt) values (%2,1)").arg(kFields, marks.join(',')));
+        q.prepare(
+            QStringLiteral("insert into tRsBasic (%1,fzt) values (%2,1)").arg(kFields, marks.join(',')));
         for (int r = 1; r < sheet.rows.size(); ++r) {
             for (int i = 0; i < fields.size(); ++i) {
                 const QString v = sheet.rows.at(r).cells.value(i);
@@ -122,8 +110,7 @@ ZQ_BENCH(
     [](Context& c) {
         // 10,000 persons of the register under new codes and without identity cards, as a file.
         QVector<QStringList> rows;
-        zq::Recordset rs(zq::conn(),
-                         QStringLiteral("select %1 from tRsBasic order by fCode").arg(kFields));
+        zq::Recordset rs(zq::conn(), QStringLiteral("select %1 from tRsBasic order by fCode").arg(kFields));
         for (int n = 0; !rs.eof() && n < kImportRows; rs.moveNext(), ++n) {
             QStringList cells;
             for (int i = 0; i < rs.fieldCount(); ++i)

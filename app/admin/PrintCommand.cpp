@@ -201,31 +201,10 @@ bool printTable(const QString& table, const QStringList& fields, const QString& 
     return PrintOutput::run(doc);
 }
 
-// The rows of a checked statement, streamed one at a time: the export never holds them all.
-class QueryRows : public RowSource {
-public:
-    QueryRows(QVector<SheetColumn> columns, const QString& sql)
-        : m_columns(std::move(columns))
-        , m_rs(conn(), sql) {}
-    QVector<SheetColumn> columns() const override { return m_columns; }
-    bool next(QStringList& cells) override {
-        if (m_rs.eof()) return false;
-        cells.clear();
-        for (int i = 0; i < m_columns.size(); ++i)
-            cells << m_rs.text(i);
-        m_rs.moveNext();
-        return true;
-    }
-
-private:
-    QVector<SheetColumn> m_columns;
-    Recordset m_rs;
-};
-
 // A list of one table to a spreadsheet: captions and widths from the dictionary, dates and numbers
 // by the column's type in the schema.
-qint64 exportTable(const QString& table, const QStringList& fields, const QString& filter, const QString& title,
-                   const QString& path, QString& error) {
+qint64 exportTable(const QString& table, const QStringList& fields, const QString& filter,
+                   const QString& title, const QString& path, QString& error) {
     QVector<SheetColumn> columns;
     const schema::Table* t = schema::findTable(table);
     for (const QString& f : fields) {
@@ -238,7 +217,8 @@ qint64 exportTable(const QString& table, const QStringList& fields, const QStrin
         if (!w.eof() && !w.text(0).isEmpty()) c.width = w.val(0);
         for (const schema::Column& col : t ? t->columns : QVector<schema::Column>{}) {
             if (col.name.compare(f, Qt::CaseInsensitive) != 0) continue;
-            if (col.type == schema::Type::Date || col.type == schema::Type::DateTime) c.kind = CellKind::Date;
+            if (col.type == schema::Type::Date || col.type == schema::Type::DateTime)
+                c.kind = CellKind::Date;
             else if (col.type == schema::Type::SmallInt || col.type == schema::Type::Int ||
                      col.type == schema::Type::BigInt)
                 c.kind = CellKind::Number;
@@ -252,7 +232,7 @@ qint64 exportTable(const QString& table, const QStringList& fields, const QStrin
     QString sql = QStringLiteral("select %1 from %2").arg(fields.join(QLatin1Char(',')), table);
     if (!filter.isEmpty()) sql += QStringLiteral(" where ") + filter;
     sql += QStringLiteral(" order by ") + fields.first();
-    QueryRows rows(columns, sql);
+    QueryRowSource rows(columns, sql);
     return ExportRows(path, rows, title, &error);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/Recordset.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -17,8 +19,8 @@ enum class CellKind { Text, Number, Date };
 struct SheetColumn {
     QString caption;
     CellKind kind = CellKind::Text;
-    int decimals = 0;   // places shown in a number column
-    double width = 10;  // in average characters, as the grid measures
+    int decimals = 0;  // places shown in a number column
+    double width = 10; // in average characters, as the grid measures
 };
 
 // What an export reads: the columns, then the rows one at a time, so that a million rows are never
@@ -35,7 +37,8 @@ public:
 class ListRowSource : public RowSource {
 public:
     ListRowSource(QVector<SheetColumn> columns, QVector<QStringList> rows)
-        : m_columns(std::move(columns)), m_rows(std::move(rows)) {}
+        : m_columns(std::move(columns))
+        , m_rows(std::move(rows)) {}
     QVector<SheetColumn> columns() const override { return m_columns; }
     bool next(QStringList& cells) override {
         if (m_at >= m_rows.size()) return false;
@@ -47,6 +50,27 @@ private:
     QVector<SheetColumn> m_columns;
     QVector<QStringList> m_rows;
     qsizetype m_at = 0;
+};
+
+// A RowSource over a statement, streamed: the first columns.size() fields of each row as text.
+class QueryRowSource : public RowSource {
+public:
+    QueryRowSource(QVector<SheetColumn> columns, const QString& sql)
+        : m_columns(std::move(columns))
+        , m_rs(conn(), sql) {}
+    QVector<SheetColumn> columns() const override { return m_columns; }
+    bool next(QStringList& cells) override {
+        if (m_rs.eof()) return false;
+        cells.clear();
+        for (int i = 0; i < m_columns.size(); ++i)
+            cells << m_rs.text(i);
+        m_rs.moveNext();
+        return true;
+    }
+
+private:
+    QVector<SheetColumn> m_columns;
+    Recordset m_rs;
 };
 
 // Writes the rows as the file's suffix asks: .csv (UTF-8 with a byte-order mark, so spreadsheet
