@@ -63,7 +63,7 @@ void Connection::open(const ConnectionSettings& s) {
         if (s.userPath.isEmpty() || !QFileInfo::exists(s.userPath))
             throw DbError(QStringLiteral("数据库文件不存在: %1").arg(s.userPath));
         m_db.setDatabaseName(s.userPath);
-        m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+        m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(Dialect::kBusyTimeoutMs));
     }
     if (!m_db.open()) throw DbError(QStringLiteral("无法打开数据库: %1").arg(errorText(m_db.lastError())));
 
@@ -108,7 +108,7 @@ int Connection::execute(const QString& sql) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
     QSqlQuery q(m_db);
-    if (!q.exec(sql)) throw DbError(errorText(q.lastError()), sql);
+    if (!q.exec(sql)) throwStatementError(q.lastError(), sql);
     guard.done();
     return q.numRowsAffected();
 }
@@ -117,12 +117,17 @@ int Connection::execute(const QString& sql, const QVariantList& binds) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
     QSqlQuery q(m_db);
-    if (!q.prepare(sql)) throw DbError(errorText(q.lastError()), sql);
+    if (!q.prepare(sql)) throwStatementError(q.lastError(), sql);
     for (const QVariant& b : binds)
         q.addBindValue(b);
-    if (!q.exec()) throw DbError(errorText(q.lastError()), sql);
+    if (!q.exec()) throwStatementError(q.lastError(), sql);
     guard.done();
     return q.numRowsAffected();
+}
+
+void Connection::throwStatementError(const QSqlError& e, const QString& sql) const {
+    if (m_dialect.isUniqueViolation(e)) throw DuplicateKeyError(errorText(e), sql);
+    throw DbError(errorText(e), sql);
 }
 
 void RequireOneRow(int affected, const QString& sql) {
@@ -143,7 +148,10 @@ void Connection::followSchema() {
 void Connection::beginTrans() {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"));
     if (m_inTransaction) throw DbError(QStringLiteral("事务已经开始"));
-    if (!m_db.transaction()) throw DbError(errorText(m_db.lastError()));
+    // The driver's own begin is a deferred one on the file database; the dialect's waits for the
+    // write lock first. Commit and rollback are the driver's.
+    QSqlQuery q(m_db);
+    if (!q.exec(m_dialect.beginTransaction())) throw DbError(errorText(q.lastError()));
     m_inTransaction = true;
 }
 

@@ -3,6 +3,7 @@
 #include "Dialect.h"
 
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QString>
 #include <QVariantList>
 
@@ -43,6 +44,10 @@ public:
     // changed means another client changed or deleted it meanwhile (ConflictError); more than one
     // means the statement was not the one meant (DbError). Either way the caller rolls back.
     void executeOne(const QString& sql, const QVariantList& binds = {});
+
+    // Throws the error of a failed statement: DuplicateKeyError where a unique constraint refused
+    // it, DbError otherwise.
+    [[noreturn]] void throwStatementError(const QSqlError& e, const QString& sql) const;
 
     // The file database compiles a statement against the table layout it last read; a table
     // another client altered since then changes shape under the driver, which then reads past its
