@@ -27,7 +27,8 @@ private:
 QString selectAll(const TableImage& t);
 
 // Copies every row of a table from one database into the same table of another (inside the
-// target's transaction), summing the rows as it reads them: fills in t's rows and checksum.
+// target's transaction), summing the rows as it reads them: fills in t's rows and checksum. A
+// word index that has its tokens column gets tokens made from each document's text.
 void copyRows(Connection& from, TableImage& t, Connection& to);
 
 // Begins a read-only transaction that sees one state of the database however other clients go on

@@ -192,7 +192,9 @@ QString difference(const Tables& expected, const Tables& found) {
 }
 
 void copyRows(Connection& from, TableImage& t, Connection& to) {
-    const bool index = isIndexTable(t.name);
+    // A company's word index gets its tokens again; a backup file keeps the documents alone.
+    const bool index =
+        isIndexTable(t.name) && columnsOf(to, t.name).contains(kIndexTokens, Qt::CaseInsensitive);
     const qsizetype textColumn = index ? t.columns.indexOf(QStringLiteral("ftext"), 0) : -1;
     QStringList columns = t.columns;
     if (index) columns << kIndexTokens;

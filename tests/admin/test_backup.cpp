@@ -27,13 +27,14 @@ namespace {
 
 constexpr int kPersons = 300;
 
-// Every row of every table of the company, as sorted text: equal lists mean equal contents.
+// Every row of every table of the company, as sorted text: equal lists mean equal contents. The
+// word index's tokens differ in form between the engines and are left out.
 QStringList contents(Connection& c) {
     QStringList rows;
     for (const backup::TableImage& t : backup::companyTables(c)) {
         QSqlQuery q(c.database());
         q.setForwardOnly(true);
-        if (!q.exec(QStringLiteral("select * from ") + t.name)) {
+        if (!q.exec(QStringLiteral("select %1 from %2").arg(t.columns.join(QLatin1Char(',')), t.name))) {
             QTest::qFail(qPrintable(t.name), __FILE__, __LINE__);
             return {};
         }
@@ -252,6 +253,21 @@ private slots:
         QVERIFY(original.size() > kPersons * 10);
         QCOMPARE(contentsOf({0, back, {}, {}, {}}), original);
         QCOMPARE(contentsOf(server).size(), original.size());
+        // The word index was made anew on each side, alike.
+        const QString tokens = QStringLiteral("select fcode, ftokens from zq_findtext order by ftable, fcode");
+        {
+            Connection a, b;
+            a.open({0, file, {}, {}, {}});
+            b.open({0, back, {}, {}, {}});
+            Recordset ra(a, tokens), rb(b, tokens);
+            int n = 0;
+            for (; !ra.eof() && !rb.eof(); ra.moveNext(), rb.moveNext(), ++n) {
+                QCOMPARE(rb.text(0), ra.text(0));
+                QCOMPARE(rb.text(1), ra.text(1));
+                QVERIFY(!ra.text(1).isEmpty());
+            }
+            QVERIFY(ra.eof() && rb.eof() && n > 0);
+        }
         {
             // The keys go on after the copied ones, and the word index finds the papers.
             Connection c;
@@ -259,6 +275,8 @@ private slots:
             const double last = Recordset(c, "select max(fID) from tSysLog").val(0);
             c.execute(QStringLiteral("insert into tSysLog (fUser) values ('x')"));
             QCOMPARE(Recordset(c, "select max(fID) from tSysLog").val(0), last + 1);
+            QCOMPARE(Recordset(c, "select count(*) from zq_findtext where length(ftokens::text)>0").val(0),
+                     Recordset(c, "select count(*) from zq_findtext").val(0));
         }
         // A target that holds a company already is refused, and left alone.
         QCOMPARE(runAdminProcess(QStringList{"copy", "--db", file, "--to-server", server.userPath, "--database",
