@@ -70,6 +70,12 @@ NewCompany::NewCompany(const ConnectionSettings& target)
     m_made = true;
     schema::createDatabase(m_part);
     m_c.open(m_part);
+    // Nothing under the temporary name is worth keeping through a crash: the file is written
+    // without a log and without waiting for the disk, and made durable once, before it is named.
+    if (m_part.sqlData == 0) {
+        m_c.execute(QStringLiteral("pragma journal_mode=memory"));
+        m_c.execute(QStringLiteral("pragma synchronous=off"));
+    }
 }
 
 NewCompany::~NewCompany() {
@@ -143,6 +149,11 @@ void NewCompany::verify(const Tables& expected, const Progress& progress) {
 }
 
 void NewCompany::finish() {
+    if (m_part.sqlData == 0) {
+        // As every company file is kept; the switch writes the file through to the disk.
+        m_c.execute(QStringLiteral("pragma synchronous=full"));
+        m_c.execute(QStringLiteral("pragma journal_mode=wal"));
+    }
     m_c.close();
     if (m_part.sqlData == 0) {
         if (!QFile::rename(m_part.userPath, m_target.userPath))
