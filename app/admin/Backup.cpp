@@ -116,6 +116,8 @@ qint64 Outcome::rows() const {
 
 Outcome backupCompany(const ConnectionSettings& company, const QString& file, const Progress& progress) {
     if (QFileInfo::exists(file)) throw DbError(QStringLiteral("备份文件 %1 已存在, 未作任何改动").arg(file));
+    if (!QFileInfo(QFileInfo(file).absolutePath()).isDir())
+        throw DbError(QStringLiteral("备份文件的文件夹不存在: %1").arg(QFileInfo(file).absolutePath()));
     const QString part = file + QStringLiteral(".part");
     removeFile(part);
 

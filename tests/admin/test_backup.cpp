@@ -278,6 +278,15 @@ private slots:
             QCOMPARE(Recordset(c, "select count(*) from zq_findtext where length(ftokens::text)>0").val(0),
                      Recordset(c, "select count(*) from zq_findtext").val(0));
         }
+        // A backup of the file restored on the server holds the same rows.
+        const QString fromFile = dir.filePath(QStringLiteral("file.zqbak"));
+        QCOMPARE(runAdminProcess({"backup", "--db", file, "--to", fromFile}), 0);
+        ConnectionSettings restored = server;
+        restored.defaultDb += QStringLiteral("_r");
+        dropDatabase(restored);
+        QCOMPARE(runAdminProcess(QStringList{"restore", fromFile} + whereArgs(restored), &out, &err), 0);
+        QCOMPARE(contentsOf(restored), original);
+        dropDatabase(restored);
         // A target that holds a company already is refused, and left alone.
         QCOMPARE(runAdminProcess(QStringList{"copy", "--db", file, "--to-server", server.userPath, "--database",
                                              server.defaultDb} +
