@@ -37,11 +37,6 @@ QString engineOf(const ConnectionSettings& s) {
     return s.sqlData == 0 ? QStringLiteral("sqlite") : QStringLiteral("postgresql");
 }
 
-void removeFile(const QString& path) {
-    for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-        QFile::remove(path + QLatin1String(suffix));
-}
-
 sqlite3* handleOf(Connection& c) {
     const QVariant h = c.database().driver()->handle();
     if (!h.isValid() || qstrcmp(h.typeName(), "sqlite3*") != 0)
@@ -119,7 +114,7 @@ Outcome backupCompany(const ConnectionSettings& company, const QString& file, co
     if (!QFileInfo(QFileInfo(file).absolutePath()).isDir())
         throw DbError(QStringLiteral("备份文件的文件夹不存在: %1").arg(QFileInfo(file).absolutePath()));
     const QString part = file + QStringLiteral(".part");
-    removeFile(part);
+    removeFileDatabase(part);
 
     Connection src;
     src.open(company);
@@ -160,14 +155,12 @@ Outcome backupCompany(const ConnectionSettings& company, const QString& file, co
             t.commit();
         }
         endSnapshot(src);
-        // One self-contained file.
-        b.execute(QStringLiteral("pragma journal_mode=delete"));
         checkWritten(b, info.tables, QStringLiteral("备份文件写入后"), progress);
         b.close();
         if (!QFile::rename(part, file)) throw DbError(QStringLiteral("无法把 %1 改名为 %2").arg(part, file));
     } catch (...) {
         endSnapshot(src);
-        removeFile(part);
+        removeFileDatabase(part);
         throw;
     }
     return {file, info.schemaVersion, 0, info.tables};

@@ -131,6 +131,9 @@ int runBackupCommand(const QStringList& args, QTextStream& out, QTextStream& err
             if (!c.parser.isSet(fileOption) || c.parser.value(fileOption).isEmpty())
                 return usage(err, up ? QStringLiteral("--to-server 需要 --db") : QStringLiteral("--from-server 需要 --to-db"));
             if (c.parser.isSet(c.db.server)) return usage(err, QStringLiteral("copy 用 --to-server 或 --from-server"));
+            if (c.parser.isSet(up ? c.toDb : c.db.db))
+                return usage(err, up ? QStringLiteral("--to-server 的源文件用 --db 给出, 不用 --to-db")
+                                     : QStringLiteral("--from-server 的目标文件用 --to-db 给出, 不用 --db"));
             ConnectionSettings file, server;
             file.userPath = c.parser.value(fileOption);
             QString error;

@@ -72,6 +72,9 @@ private:
     bool m_finished = false;
 };
 
+// Removes a file database with the files SQLite keeps beside it.
+void removeFileDatabase(const QString& path);
+
 // The file or server database the settings name, as the messages show it.
 QString whereOf(const ConnectionSettings& s);
 

@@ -14,12 +14,6 @@ namespace zq::backup {
 
 namespace {
 
-// A file database with the files SQLite keeps beside it.
-void removeFileDatabase(const QString& path) {
-    for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-        QFile::remove(path + QLatin1String(suffix));
-}
-
 ConnectionSettings maintenance(const ConnectionSettings& s) {
     ConnectionSettings m = s;
     m.defaultDb = QStringLiteral("postgres");
@@ -43,6 +37,11 @@ bool serverDatabaseExists(Connection& maintenanceConn, const QString& name) {
 }
 
 } // namespace
+
+void removeFileDatabase(const QString& path) {
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+        QFile::remove(path + QLatin1String(suffix));
+}
 
 QString whereOf(const ConnectionSettings& s) {
     return s.sqlData == 0 ? s.userPath : QStringLiteral("%1/%2").arg(s.userPath, s.defaultDb);
