@@ -12,12 +12,55 @@ namespace zq {
 namespace {
 QAtomicInt connectionSerial;
 
+// libpq's connect options for the protection asked for; the driver splits options at ';'.
+QString tlsOptions(const ServerTls& tls) {
+    QString o;
+    switch (tls.mode) {
+    case ServerTls::Mode::Default:
+        break;
+    case ServerTls::Mode::Off:
+        o = QStringLiteral(";sslmode=disable");
+        break;
+    case ServerTls::Mode::Require:
+        o = QStringLiteral(";sslmode=require");
+        break;
+    case ServerTls::Mode::VerifyFull:
+        o = QStringLiteral(";sslmode=verify-full");
+        break;
+    }
+    if (tls.rootCert.isEmpty()) return o;
+    if (!QFileInfo(tls.rootCert).isFile())
+        throw DbError(QStringLiteral("根证书文件不存在: %1").arg(tls.rootCert));
+    if (tls.rootCert.contains(QLatin1Char(';')))
+        throw DbError(QStringLiteral("根证书文件的路径中不能有分号: %1").arg(tls.rootCert));
+    QString path = QFileInfo(tls.rootCert).absoluteFilePath();
+    path.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('\''), QStringLiteral("\\'"));
+    return o + QStringLiteral(";sslrootcert='") + path + QLatin1Char('\'');
+}
+
 QString errorText(const QSqlError& e) {
     QString t = e.databaseText().trimmed();
     if (t.isEmpty()) t = e.text().trimmed();
     return t;
 }
 } // namespace
+
+bool ServerTls::parseMode(const QString& text, Mode& mode) {
+    if (text == QLatin1String("off"))
+        mode = Mode::Off;
+    else if (text == QLatin1String("require"))
+        mode = Mode::Require;
+    else if (text == QLatin1String("verify-full"))
+        mode = Mode::VerifyFull;
+    else
+        return false;
+    return true;
+}
+
+ServerTls& defaultServerTls() {
+    static ServerTls tls;
+    return tls;
+}
 
 Connection::Connection()
     : m_name(QStringLiteral("zq%1").arg(connectionSerial.fetchAndAddRelaxed(1))) {}
@@ -57,7 +100,8 @@ void Connection::open(const ConnectionSettings& s) {
         // Pinned at startup, before the driver learns how to escape: with the setting off, a
         // backslash in a value would end a quoted text early.
         m_db.setConnectOptions(
-            QStringLiteral("connect_timeout=5;options='-c standard_conforming_strings=on'"));
+            QStringLiteral("connect_timeout=5;options='-c standard_conforming_strings=on'") +
+            tlsOptions(s.tls));
     } else {
         // Opening a missing file would silently create an empty database.
         if (s.userPath.isEmpty() || !QFileInfo::exists(s.userPath))

@@ -9,12 +9,30 @@
 
 namespace zq {
 
+// How a connection to the server is protected on the network. Default leaves it to the client
+// library (encrypted when the server offers it, nothing checked); verify-full checks that the
+// server's certificate is signed by the root certificate and names the host connected to. A socket
+// directory is never encrypted; a file database ignores it.
+struct ServerTls {
+    enum class Mode { Default, Off, Require, VerifyFull };
+    Mode mode = Mode::Default;
+    QString rootCert; // file of the root certificate(s); empty: the client library's own
+
+    // "off", "require" or "verify-full"; false for anything else.
+    static bool parseMode(const QString& text, Mode& mode);
+};
+
+// The protection of connections whose settings do not say otherwise: what the program's command
+// line asked for.
+ServerTls& defaultServerTls();
+
 struct ConnectionSettings {
     int sqlData = 0;
     QString userPath; // SQLite file, or "host[:port]" of the server
     QString password;
     QString userId;
     QString defaultDb; // the server's database
+    ServerTls tls = defaultServerTls();
 };
 
 // The one connection of the system (and any private one a component opens from the same settings).
