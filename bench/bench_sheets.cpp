@@ -97,7 +97,7 @@ ZQ_BENCH(
             QStringLiteral("insert into tRsBasic (%1,fzt) values (%2,1)").arg(kFields, marks.join(',')));
         for (int r = 1; r < sheet.rows.size(); ++r) {
             for (int i = 0; i < fields.size(); ++i) {
-                const QString v = sheet.rows.at(r).cells.value(i);
+                const QString v = sheet.rows.at(r).cell(i);
                 q.bindValue(i, v.isEmpty() && fields.at(i).endsWith(QLatin1String("day"), Qt::CaseInsensitive)
                                    ? QVariant(QMetaType(QMetaType::QString))
                                    : QVariant(v));

@@ -25,15 +25,24 @@ QString ImportCaption(const QString& field);
 // the record screen, compared without case, blanks or a trailing marker. Empty when none.
 QString FieldOfHeader(const QString& header);
 
+// The most persons one file brings in: a larger file is refused with the reason before it is
+// checked, so that the check keeps within its memory.
+constexpr int kMaxImportRows = 200000;
+
 // The file read and its columns mapped. The header row is the first of the first ten rows in which
 // at least two cells (or the only one) name fields; the rows above it (a title) are passed over.
+// Of a workbook the first visible sheet that has such a row is read.
 struct ImportPlan {
     QString error;           // the file refused as a whole
     QVector<SheetRow> rows;  // the data rows below the header row
+    QString sheet;           // the sheet read; empty for a .csv
+    bool typed = false;      // the file tells numbers from texts (.xlsx)
     int headerRow = 0;       // its row number in the file
     QStringList headers;     // one per column
     QStringList fields;      // the field each column fills; empty leaves the column out
     QStringList unmapped() const;
+    // Where the header row is, for messages: "工作表“名单”第 2 行" or "第 2 行".
+    QString headerPlace() const;
 };
 ImportPlan PrepareImport(const QString& path);
 ImportPlan PrepareImport(const SheetData& sheet);

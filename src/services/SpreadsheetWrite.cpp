@@ -14,7 +14,6 @@ namespace zq {
 namespace {
 
 const QDate kEpoch(1899, 12, 30);
-constexpr int kMaxSheetRows = 1048576;
 
 void setError(QString* error, const QString& text) {
     if (error) *error = text;
@@ -28,7 +27,15 @@ QString sheetNameOf(const QString& name) {
     return n.isEmpty() ? QStringLiteral("Sheet1") : n;
 }
 
-QString csvField(const QString& text) {
+// A text that a spreadsheet program would take for a formula (= + - @, or a tab or line end that
+// hides one) gets the usual leading apostrophe; the reader takes it off again. A number stays bare.
+QString csvField(QString text, bool number = false) {
+    static const QString starts = QStringLiteral("=+-@\t\r");
+    if (!text.isEmpty() && starts.contains(text.at(0))) {
+        bool isNumber = false;
+        if (number) text.trimmed().toDouble(&isNumber);
+        if (!isNumber) text.prepend(QLatin1Char('\''));
+    }
     if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) &&
         !text.contains(QLatin1Char('\n')) && !text.contains(QLatin1Char('\r')))
         return text;
@@ -171,7 +178,7 @@ qint64 WriteCsv(const QString& path, RowSource& source, QString* error) {
         for (int c = 0; c < cols.size(); ++c) {
             const QString text = cells.value(c);
             const QString iso = cols.at(c).kind == CellKind::Date ? ParseDateText(text) : QString();
-            line << csvField(iso.isEmpty() ? text : iso);
+            line << csvField(iso.isEmpty() ? text : iso, cols.at(c).kind == CellKind::Number);
         }
         buffer += line.join(QLatin1Char(',')).toUtf8() + "\r\n";
         ++rows;
