@@ -59,10 +59,38 @@ struct RowIssue {
 
 // A checked row, ready to be written: the values of the mapped fields (dates as yyyy-mm-dd, the
 // department as its code and name), and for an update the fields that change.
+// The values of one row by field: few enough that a flat list is quicker than a hash and a fraction
+// of its memory, which counts at a hundred thousand rows.
+class FieldValues {
+public:
+    QString value(const QString& field) const {
+        for (const auto& [f, v] : m_items)
+            if (f == field) return v;
+        return {};
+    }
+    bool contains(const QString& field) const {
+        for (const auto& item : m_items)
+            if (item.first == field) return true;
+        return false;
+    }
+    QString& operator[](const QString& field) {
+        for (auto& item : m_items)
+            if (item.first == field) return item.second;
+        m_items.append({field, QString()});
+        return m_items.last().second;
+    }
+    void insert(const QString& field, const QString& value) { (*this)[field] = value; }
+    void reserve(qsizetype n) { m_items.reserve(n); }
+    const QVector<std::pair<QString, QString>>& items() const { return m_items; }
+
+private:
+    QVector<std::pair<QString, QString>> m_items;
+};
+
 struct ImportRow {
     int row = 0;
     bool update = false;
-    QHash<QString, QString> values;
+    FieldValues values;
     QStringList changed;
 };
 

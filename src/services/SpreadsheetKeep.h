@@ -10,6 +10,9 @@ namespace zq::sheetread {
 // Characters kept over all cells (and shared strings): twice that in bytes, with room to spare in
 // the bounds the reading promises.
 constexpr qint64 kMaxKeptChars = 100'000'000;
+// Filled cells kept: each costs its text and a little more, in the reading and in what a check
+// makes of it; five million (a hundred thousand rows of fifty) keep the import under a gigabyte.
+constexpr qint64 kMaxKeptCells = 5'000'000;
 
 inline SheetData refusedFile(const QString& error) {
     SheetData d;
@@ -60,9 +63,11 @@ public:
                                 .arg(cell.text.at(bad).unicode(), 4, 16, QLatin1Char('0')));
             return;
         }
-        row.setCell(col, cell.text);
+        // A copy of exactly its size: the text was grown piece by piece, with room to spare.
+        row.setCell(col, QString(cell.text.constData(), cell.text.size()));
         if (number) row.numbers << col;
         m_chars += cell.text.size();
+        ++m_cells;
     }
 
     // Keeps a finished row unless it is empty. False once a bound is passed (the error is set).
@@ -76,6 +81,10 @@ public:
             return false;
         }
         m_out.rows << std::move(row);
+        if (m_cells > kMaxKeptCells) {
+            m_out.error = QStringLiteral("文件中的单元格超过 %1 万个, 请分成几个文件").arg(kMaxKeptCells / 10000);
+            return false;
+        }
         return charsWithin();
     }
 
@@ -91,6 +100,7 @@ private:
     SheetData& m_out;
     int m_maxRows;
     qint64 m_chars = 0;
+    qint64 m_cells = 0;
 };
 
 } // namespace zq::sheetread
