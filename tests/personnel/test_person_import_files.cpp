@@ -83,6 +83,7 @@ private slots:
     void cellsThatLookLikeFormulasGoOutProtectedAndComeBack();
     void badBytesNeverReachTheDatabase();
     void hostileAndLargeFilesAreReadSparselyOrRefused();
+    void exportKeepsEveryDigitAndEveryCharacter();
 };
 
 // The scripts of the other program sit in the bodies below, out of the class that moc reads.
@@ -350,6 +351,45 @@ sheet(sys.argv[4], [head] + [b''.join(b'<row r="%d"><c r="A%d"><v>1</v></c></row
     test::writeFile(path("rows.csv"), csv);
     const QString rows = PrepareImport(path("rows.csv")).error;
     QVERIFY2(rows.contains(QStringLiteral("行数超过 %1").arg(kMaxImportRows)), qPrintable(rows));
+}
+
+void TestPersonImportFiles::exportKeepsEveryDigitAndEveryCharacter() {
+    const QStringList texts{"a<b>&\"c\"", "_x0041_", "甲\r乙\n丙", QString(QChar(0x1)) + "x", "𠀀𪚥"};
+    QVector<QStringList> rows;
+    for (int i = 0; i < texts.size(); ++i)
+        rows << QStringList{texts.at(i), QStringList{"0.30000000000000004", "1234567.8912345679", "-5", "1e+300",
+                                                     "17"}.at(i),
+                            "2024-01-05"};
+    ListRowSource source({{QStringLiteral("文字")}, {QStringLiteral("金额"), CellKind::Number, 2}, {QStringLiteral("日期"), CellKind::Date}},
+                         rows);
+    QCOMPARE(WriteXlsx(path("exact.xlsx"), source, QStringLiteral("名单")), 5);
+    const SheetData back = ReadXlsx(path("exact.xlsx"));
+    QVERIFY2(back.error.isEmpty(), qPrintable(back.error));
+    QCOMPARE(back.sheet, QStringLiteral("名单"));
+    for (int i = 0; i < texts.size(); ++i) {
+        if (i == 3) {
+            QVERIFY(back.rows.at(i + 1).problem.contains(QStringLiteral("U+0001"))); // told, never stored
+        } else {
+            QCOMPARE(back.rows.at(i + 1).cell(0), texts.at(i));
+        }
+        QCOMPARE(back.rows.at(i + 1).cell(1), rows.at(i).at(1) == QLatin1String("1e+300") ? QStringLiteral("1e+300")
+                                                                                           : rows.at(i).at(1));
+        QCOMPARE(back.rows.at(i + 1).cell(2), QStringLiteral("2024-01-05"));
+    }
+    // Another program reads the same numbers, dates and texts.
+    python(R"(
+import datetime, openpyxl, sys
+ws = openpyxl.load_workbook(sys.argv[1]).active
+assert ws.title == '名单', ws.title
+assert ws['B2'].value == 0.30000000000000004, repr(ws['B2'].value)
+assert ws['B3'].value == 1234567.8912345679, repr(ws['B3'].value)
+assert ws['B4'].value == -5 and ws['B4'].number_format == '0.00', (ws['B4'].value, ws['B4'].number_format)
+assert ws['C2'].value == datetime.datetime(2024, 1, 5), repr(ws['C2'].value)
+assert ws['A2'].value == 'a<b>&"c"', repr(ws['A2'].value)
+assert ws['A6'].value == '𠀀𪚥', repr(ws['A6'].value)
+assert ws['A1'].font.b and ws.freeze_panes == 'A2', ws.freeze_panes
+)",
+           {path("exact.xlsx")});
 }
 
 ZQ_DB_TEST_MAIN(TestPersonImportFiles)
