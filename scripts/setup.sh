@@ -10,7 +10,7 @@ packages=(
   postgresql postgresql-contrib
   fonts-wqy-zenhei poppler-utils
   xvfb xauth
-  ccache antiword libzip-dev libxlsxwriter-dev
+  ccache antiword libzip-dev libxlsxwriter-dev python3 python3-openpyxl
   qt6-charts-dev libqt6opengl6-dev
   libsqlite3-dev openssl
   lintian dpkg-dev fakeroot file appstream desktop-file-utils

@@ -62,7 +62,7 @@ int runImport(const QStringList& args, QTextStream& out, QTextStream& err) {
         QStringList mapping;
         for (int c = 0; c < plan.fields.size(); ++c)
             if (!plan.fields.at(c).isEmpty()) mapping << plan.headers.at(c) + QStringLiteral("→") + plan.fields.at(c);
-        out << QStringLiteral("表头在第 %1 行: %2").arg(plan.headerRow).arg(mapping.join(QStringLiteral(", "))) << "\n";
+        out << QStringLiteral("表头在%1: %2").arg(plan.headerPlace(), mapping.join(QStringLiteral(", "))) << "\n";
         if (!plan.unmapped().isEmpty())
             out << QStringLiteral("未对应的列: %1").arg(plan.unmapped().join(QStringLiteral(", "))) << "\n";
         for (const RowIssue& i : check.issues)

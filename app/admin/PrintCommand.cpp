@@ -220,8 +220,8 @@ qint64 exportTable(const QString& table, const QStringList& fields, const QStrin
             if (col.type == schema::Type::Date || col.type == schema::Type::DateTime)
                 c.kind = CellKind::Date;
             else if (col.type == schema::Type::SmallInt || col.type == schema::Type::Int ||
-                     col.type == schema::Type::BigInt)
-                c.kind = CellKind::Number;
+                     col.type == schema::Type::BigInt || col.type == schema::Type::AutoId)
+                c.kind = CellKind::Number; // the loan tables' 序号 too, a number of its own
             else if (col.type == schema::Type::Real) {
                 c.kind = CellKind::Number;
                 c.decimals = 2;

@@ -4,6 +4,7 @@
 #include "services/FieldDictionary.h"
 #include "services/InputAids.h"
 #include "shell/Connection.h"
+#include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Recordset.h"
 #include "shell/Rights.h"
@@ -13,6 +14,8 @@
 #include <QDate>
 #include <QRegularExpression>
 #include <QSet>
+#include <QSqlError>
+#include <QSqlQuery>
 
 namespace zq {
 
@@ -29,6 +32,38 @@ const QString kDeptName = QStringLiteral("fBmName");
 const QString kDeptCode = QStringLiteral("fBmCode");
 const QString kPost = QStringLiteral("fRz");
 constexpr int kHeaderSearch = 10;
+
+// Fields whose digits are text: a spreadsheet program that takes them for numbers drops their
+// leading zeros, or keeps only 15 digits and shows them in scientific notation.
+bool isDigitText(const QString& field) {
+    static const QStringList fields{kCode, kIdCard, QStringLiteral("fother1"), QStringLiteral("fPhone"),
+                                    QStringLiteral("mobilephone"), QStringLiteral("fBp"), QStringLiteral("staycode")};
+    return fields.contains(field);
+}
+
+// 1.10101E+17: what a spreadsheet program writes for a long number it keeps 15 digits of.
+bool isScientific(const QString& text) {
+    static const QRegularExpression re(QStringLiteral("^[+-]?\\d+(\\.\\d+)?[Ee][+-]?\\d+$"));
+    return re.match(text).hasMatch();
+}
+
+bool isDigits(const QString& text) {
+    static const QRegularExpression re(QStringLiteral("^\\d+$"));
+    return re.match(text).hasMatch();
+}
+
+QString withoutLeadingZeros(const QString& digits) {
+    qsizetype i = 0;
+    while (i + 1 < digits.size() && digits.at(i) == QLatin1Char('0'))
+        ++i;
+    return digits.mid(i);
+}
+
+// `now` is `before` with its leading zeros lost.
+bool lostZeros(const QString& before, const QString& now) {
+    return before != now && before.startsWith(QLatin1Char('0')) && isDigits(before) && isDigits(now) &&
+           withoutLeadingZeros(before) == now;
+}
 
 QString headerKey(QString text) {
     text.remove(QRegularExpression(QStringLiteral("[\\s*＊:：]")));
@@ -154,40 +189,79 @@ QStringList ImportPlan::unmapped() const {
     return out;
 }
 
-ImportPlan PrepareImport(const QString& path) {
-    return PrepareImport(ReadSpreadsheet(path));
+QString ImportPlan::headerPlace() const {
+    return (sheet.isEmpty() ? QString() : QStringLiteral("工作表“%1”").arg(sheet)) +
+           QStringLiteral("第 %1 行").arg(headerRow);
 }
 
-ImportPlan PrepareImport(const SheetData& sheet) {
-    ImportPlan plan;
-    if (!sheet.error.isEmpty()) {
-        plan.error = sheet.error;
-        return plan;
-    }
-    const QHash<QString, QString> known = headerFields();
-    for (int i = 0; i < sheet.rows.size() && i < kHeaderSearch; ++i) {
-        const SheetRow& row = sheet.rows.at(i);
+namespace {
+
+// The index of the header row among the first rows, -1 when none names fields.
+int headerIndex(const QVector<SheetRow>& rows, const QHash<QString, QString>& known) {
+    for (int i = 0; i < rows.size() && i < kHeaderSearch; ++i) {
         int filled = 0, mapped = 0;
-        for (const QString& cell : row.cells) {
+        for (const QString& cell : rows.at(i).texts) {
             if (cell.trimmed().isEmpty()) continue;
             ++filled;
             if (known.contains(headerKey(cell))) ++mapped;
         }
-        if (mapped >= 2 || (mapped == 1 && filled == 1)) {
-            plan.headerRow = row.number;
-            plan.headers = row.cells;
-            for (const QString& h : row.cells) {
-                const QString f = known.value(headerKey(h));
-                plan.fields << (plan.fields.contains(f) ? QString() : f);
-            }
-            plan.rows = sheet.rows.mid(i + 1);
-            if (plan.rows.isEmpty()) plan.error = QStringLiteral("表头行 (第 %1 行) 下没有数据").arg(row.number);
-            return plan;
-        }
+        if (mapped >= 2 || (mapped == 1 && filled == 1)) return i;
     }
-    plan.error = QStringLiteral("没有表头行: 前 %1 行中没有一行的列名能对应员工字段 (如 员工编号、姓名)")
-                     .arg(kHeaderSearch);
+    return -1;
+}
+
+QString noHeader(const QStringList& sheets) {
+    const QString where = sheets.isEmpty()
+                              ? QString()
+                              : QStringLiteral("工作表“%1”的").arg(sheets.join(QStringLiteral("”、“")));
+    return QStringLiteral("没有表头行: %1前 %2 行中没有一行的列名能对应员工字段 (如 员工编号、姓名)")
+        .arg(where)
+        .arg(kHeaderSearch);
+}
+
+ImportPlan prepare(SheetData sheet, const QHash<QString, QString>& known) {
+    ImportPlan plan;
+    plan.sheet = sheet.sheet;
+    plan.typed = sheet.typed;
+    if (sheet.noneAccepted) {
+        plan.error = noHeader(sheet.sheets);
+        return plan;
+    }
+    if (!sheet.error.isEmpty()) {
+        plan.error = sheet.error;
+        return plan;
+    }
+    const int i = headerIndex(sheet.rows, known);
+    if (i < 0) {
+        plan.error = noHeader(sheet.sheet.isEmpty() ? QStringList() : QStringList{sheet.sheet});
+        return plan;
+    }
+    const SheetRow& row = sheet.rows.at(i);
+    plan.headerRow = row.number;
+    plan.headers = row.cells();
+    for (const QString& h : plan.headers) {
+        const QString f = known.value(headerKey(h));
+        plan.fields << (plan.fields.contains(f) ? QString() : f);
+    }
+    sheet.rows.remove(0, i + 1);
+    plan.rows = std::move(sheet.rows);
+    if (plan.rows.isEmpty()) plan.error = QStringLiteral("表头行 (%1) 下没有数据").arg(plan.headerPlace());
     return plan;
+}
+
+} // namespace
+
+ImportPlan PrepareImport(const QString& path) {
+    const QHash<QString, QString> known = headerFields();
+    SheetReading how;
+    how.maxRows = kMaxImportRows;
+    how.probeRows = kHeaderSearch;
+    how.accept = [&known](const SheetData& head) { return headerIndex(head.rows, known) >= 0; };
+    return prepare(ReadSpreadsheet(path, how), known);
+}
+
+ImportPlan PrepareImport(const SheetData& sheet) {
+    return prepare(sheet, headerFields());
 }
 
 QString CheckMapping(const ImportPlan& plan) {
@@ -220,6 +294,30 @@ QString BirthDateOfIdCard(const QString& id) {
     return d.isValid() ? d.toString(QStringLiteral("yyyy-MM-dd")) : QString();
 }
 
+namespace {
+
+// A .csv that a spreadsheet program saved again holds long numbers in scientific notation: their
+// digits are gone, in every row. Said once for the file, with the first place and the count.
+QString rewrittenCsv(const ImportPlan& plan, const QStringList& mapped, const QVector<int>& source) {
+    if (plan.typed) return {};
+    int count = 0;
+    QString first;
+    for (const SheetRow& row : plan.rows)
+        for (int i = 0; i < mapped.size(); ++i) {
+            if (!isDigitText(mapped.at(i))) continue;
+            const QString v = row.cell(source.at(i)).trimmed();
+            if (!isScientific(v)) continue;
+            if (count++ == 0) first = QStringLiteral("第 %1 行“%2” %3").arg(row.number).arg(ImportCaption(mapped.at(i)), v);
+        }
+    if (count == 0) return {};
+    return QStringLiteral("这个 .csv 文件被电子表格程序改写过: 长数字变成了科学计数法, 原来的数字已经丢失 (如%1, 共 %2 处)。"
+                          "请重新导出为 .xlsx, 修改后导入; 或在电子表格程序中先把这些列设为文本再输入")
+        .arg(first)
+        .arg(count);
+}
+
+} // namespace
+
 ImportCheck CheckImport(const ImportPlan& plan, bool update) {
     ImportCheck check;
     check.error = plan.error.isEmpty() ? CheckMapping(plan) : plan.error;
@@ -232,6 +330,8 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
             mapped << plan.fields.at(c);
             source << c;
         }
+    check.error = rewrittenCsv(plan, mapped, source);
+    if (!check.error.isEmpty()) return check;
     QHash<QString, QString> captions;
     for (const QString& f : mapped)
         captions.insert(f, ImportCaption(f));
@@ -249,6 +349,9 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
     columns.removeDuplicates();
     QHash<QString, QStringList> stored;
     QHash<QString, QString> cardOwner;
+    // The codes of digits with leading zeros by what is left without them, for a code that lost
+    // them in a spreadsheet program; an empty value where two codes leave the same.
+    QHash<QString, QString> paddedCodes;
     for (Recordset rs(conn(), QStringLiteral("select ") + columns.join(QLatin1Char(',')) +
                                   QStringLiteral(" from tRsBasic"));
          !rs.eof(); rs.moveNext()) {
@@ -256,30 +359,56 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
         for (int i = 0; i < columns.size(); ++i)
             values << rs.text(i);
         if (!values.at(1).trimmed().isEmpty()) cardOwner.insert(values.at(1).trimmed(), values.at(0));
-        stored.insert(values.at(0), values);
+        const QString& code = values.at(0);
+        if (code.startsWith(QLatin1Char('0')) && isDigits(code)) {
+            const QString bare = withoutLeadingZeros(code);
+            paddedCodes.insert(bare, paddedCodes.contains(bare) ? QString() : code);
+        }
+        stored.insert(code, values);
     }
+    const auto cap = [&](const QString& f) { return captions.value(f, f); };
 
     QHash<QString, int> codesInFile, cardsInFile;
     for (const SheetRow& sheetRow : plan.rows) {
         ImportRow row;
         row.row = sheetRow.number;
+        row.values.reserve(mapped.size() + 2);
         QStringList refusals, warnings;
-        QString code;
+        QSet<QString> numberCells; // the mapped fields whose cell is a number in the file
         for (int i = 0; i < mapped.size(); ++i) {
-            QString v = sheetRow.cells.value(source.at(i)).trimmed();
-            row.values.insert(mapped.at(i), v);
+            row.values.insert(mapped.at(i), sheetRow.cell(source.at(i)).trimmed());
+            if (sheetRow.isNumber(source.at(i))) numberCells.insert(mapped.at(i));
         }
-        code = row.values.value(kCode);
+        QString code = row.values.value(kCode);
         if (!sheetRow.problem.isEmpty()) refusals << sheetRow.problem;
         bool any = false;
-        for (const QString& v : row.values)
-            any = any || !v.isEmpty();
+        for (const auto& item : row.values.items())
+            any = any || !item.second.isEmpty();
         if (!any && sheetRow.problem.isEmpty()) refusals << QStringLiteral("对应的列都是空的, 没有可导入的内容");
-        for (const QString& f : mapped)
-            if (row.values.value(f).contains(QLatin1Char('\'')))
-                refusals << QStringLiteral("“%1”中有单引号").arg(captions.value(f));
+        for (const QString& f : mapped) {
+            const QString& v = row.values.value(f);
+            if (v.contains(QLatin1Char('\''))) refusals << QStringLiteral("“%1”中有单引号").arg(cap(f));
+            // Every field of the record is one line of text.
+            if (BadCharacterAt(v) >= 0 || v.contains(QLatin1Char('\n')) || v.contains(QLatin1Char('\r')) ||
+                v.contains(QLatin1Char('\t')))
+                refusals << QStringLiteral("“%1”中有换行、制表符或控制字符").arg(cap(f));
+        }
 
-        const auto cap = [&](const QString& f) { return captions.value(f, f); };
+        // A code that a spreadsheet program took for a number lost its leading zeros: it is matched
+        // to the one code that has them, else a number cell is refused (its zeros cannot be known).
+        if (!code.isEmpty() && !stored.contains(code) && (numberCells.contains(kCode) || !plan.typed)) {
+            const QString padded = isDigits(code) ? paddedCodes.value(withoutLeadingZeros(code)) : QString();
+            if (!padded.isEmpty()) {
+                warnings << QStringLiteral("“%1” %2 前面的 0 已丢失 (电子表格把它当成了数字), 按已有的 %3 对应")
+                                .arg(cap(kCode), code, padded);
+                code = padded;
+                row.values.insert(kCode, code);
+            } else if (numberCells.contains(kCode)) {
+                refusals << QStringLiteral("“%1” %2 在文件中是数字而不是文字, 前面的 0 可能已丢失; "
+                                           "请把该列设为文本后重新输入")
+                                .arg(cap(kCode), code);
+            }
+        }
         if (code.isEmpty()) {
             refusals << QStringLiteral("“%1”不能为空").arg(cap(kCode));
         } else if (codesInFile.contains(code)) {
@@ -296,9 +425,31 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
                 (row.update && row.values.contains(f) && row.values.value(f).isEmpty()))
                 refusals << QStringLiteral("“%1”不能为空").arg(cap(f));
 
+        const QStringList before = row.update ? stored.value(code) : QStringList();
         for (const QString& f : mapped) {
             QString& v = row.values[f];
             if (v.isEmpty()) continue;
+            const int at = columns.indexOf(f);
+            const QString old = row.update && at >= 0 ? before.value(at) : QString();
+            // What a spreadsheet program does to texts it takes for numbers or dates, undone where
+            // the stored value shows what it was; refused where nothing can.
+            if (f != kCode && isDigitText(f)) {
+                if (row.update && lostZeros(old, v) && (numberCells.contains(f) || !plan.typed)) {
+                    warnings << QStringLiteral("“%1” %2 前面的 0 已丢失 (电子表格把它当成了数字), 保留原来的 %3")
+                                    .arg(cap(f), v, old);
+                    v = old;
+                } else if (isScientific(v)) {
+                    refusals << QStringLiteral("“%1” %2 是科学计数法, 原来的数字已经丢失; 请把该列设为文本后重新输入")
+                                    .arg(cap(f), v);
+                } else if (numberCells.contains(f) && v != old) {
+                    refusals << QStringLiteral("“%1” %2 在文件中是数字而不是文字, 长数字和前面的 0 会丢失; "
+                                               "请把该列设为文本后重新输入")
+                                    .arg(cap(f), v);
+                }
+            }
+            if (!isDateField(f) && row.update && old != v && ParseDateText(old) == old && !old.isEmpty() &&
+                ParseDateText(v) == old)
+                v = old; // the same day, written the spreadsheet program's way
             if (isDateField(f)) {
                 const QString iso = ParseDateText(v);
                 if (iso.isEmpty()) refusals << QStringLiteral("“%1” %2 不是日期 (应如 2024-01-05)").arg(cap(f), v);
@@ -371,13 +522,12 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
             continue;
         }
         if (row.update) {
-            const QStringList& before = stored.value(code);
-            for (auto it = row.values.cbegin(); it != row.values.cend(); ++it) {
-                if (it.key() == kCode) continue;
-                const int at = columns.indexOf(it.key());
+            for (const auto& [field, value] : row.values.items()) {
+                if (field == kCode) continue;
+                const int at = columns.indexOf(field);
                 QString old = at >= 0 ? before.value(at) : QString();
-                if (isDateField(it.key())) old = old.left(10);
-                if (old != it.value()) row.changed << it.key();
+                if (isDateField(field)) old = old.left(10);
+                if (old != value) row.changed << field;
             }
             if (row.changed.isEmpty()) {
                 ++check.unchanged;
@@ -415,15 +565,23 @@ bool WriteImport(const ImportCheck& check, bool goodOnly) {
         marks << QStringLiteral("?");
     const QString insert = QStringLiteral("insert into tRsBasic (") + insertColumns.join(QLatin1Char(',')) +
                            QStringLiteral(") values (") + marks.join(QLatin1Char(',')) + QLatin1Char(')');
+    // The insert is compiled once for all new persons: a hundred thousand of them are written in
+    // seconds, not minutes. The transaction is the guard: any failure rolls everything back.
+    QSqlQuery inserter(conn().database());
+    if (check.added > 0 && !inserter.prepare(insert)) throw DbError(inserter.lastError().text(), insert);
+    QVector<bool> dates;
+    for (const QString& f : insertColumns)
+        dates << isDateField(f);
+    const QVariant nullText(QMetaType(QMetaType::QString));
     for (const ImportRow& row : check.accepted) {
         QVariantList binds;
         if (!row.update) {
-            for (const QString& f : insertColumns) {
-                if (f == QLatin1String("fzt")) binds << 1;
-                else if (isDateField(f) && row.values.value(f).isEmpty()) binds << QVariant(QMetaType(QMetaType::QString));
-                else binds << row.values.value(f);
+            for (int i = 0; i < insertColumns.size(); ++i) {
+                const QString& f = insertColumns.at(i);
+                const QString v = row.values.value(f);
+                inserter.bindValue(i, f == QLatin1String("fzt") ? QVariant(1) : dates.at(i) && v.isEmpty() ? nullText : QVariant(v));
             }
-            conn().execute(insert, binds);
+            if (!inserter.exec()) throw DbError(inserter.lastError().text(), insert);
             continue;
         }
         QStringList sets;

@@ -25,15 +25,24 @@ QString ImportCaption(const QString& field);
 // the record screen, compared without case, blanks or a trailing marker. Empty when none.
 QString FieldOfHeader(const QString& header);
 
+// The most persons one file brings in: a larger file is refused with the reason before it is
+// checked, so that the check keeps within its memory.
+constexpr int kMaxImportRows = 200000;
+
 // The file read and its columns mapped. The header row is the first of the first ten rows in which
 // at least two cells (or the only one) name fields; the rows above it (a title) are passed over.
+// Of a workbook the first visible sheet that has such a row is read.
 struct ImportPlan {
     QString error;           // the file refused as a whole
     QVector<SheetRow> rows;  // the data rows below the header row
+    QString sheet;           // the sheet read; empty for a .csv
+    bool typed = false;      // the file tells numbers from texts (.xlsx)
     int headerRow = 0;       // its row number in the file
     QStringList headers;     // one per column
     QStringList fields;      // the field each column fills; empty leaves the column out
     QStringList unmapped() const;
+    // Where the header row is, for messages: "工作表“名单”第 2 行" or "第 2 行".
+    QString headerPlace() const;
 };
 ImportPlan PrepareImport(const QString& path);
 ImportPlan PrepareImport(const SheetData& sheet);
@@ -50,10 +59,38 @@ struct RowIssue {
 
 // A checked row, ready to be written: the values of the mapped fields (dates as yyyy-mm-dd, the
 // department as its code and name), and for an update the fields that change.
+// The values of one row by field: few enough that a flat list is quicker than a hash and a fraction
+// of its memory, which counts at a hundred thousand rows.
+class FieldValues {
+public:
+    QString value(const QString& field) const {
+        for (const auto& [f, v] : m_items)
+            if (f == field) return v;
+        return {};
+    }
+    bool contains(const QString& field) const {
+        for (const auto& item : m_items)
+            if (item.first == field) return true;
+        return false;
+    }
+    QString& operator[](const QString& field) {
+        for (auto& item : m_items)
+            if (item.first == field) return item.second;
+        m_items.append({field, QString()});
+        return m_items.last().second;
+    }
+    void insert(const QString& field, const QString& value) { (*this)[field] = value; }
+    void reserve(qsizetype n) { m_items.reserve(n); }
+    const QVector<std::pair<QString, QString>>& items() const { return m_items; }
+
+private:
+    QVector<std::pair<QString, QString>> m_items;
+};
+
 struct ImportRow {
     int row = 0;
     bool update = false;
-    QHash<QString, QString> values;
+    FieldValues values;
     QStringList changed;
 };
 

@@ -32,8 +32,8 @@ PersonImportDialog::PersonImportDialog(const QString& path, bool mayAdd, bool ma
     resize(900, 640);
     auto* layout = new QVBoxLayout(this);
     auto* file = new QLabel(m_plan.error.isEmpty()
-                                ? QStringLiteral("表头在第 %1 行, 数据 %2 行。请核对每列对应的字段:")
-                                      .arg(m_plan.headerRow)
+                                ? QStringLiteral("表头在%1, 数据 %2 行。请核对每列对应的字段:")
+                                      .arg(m_plan.headerPlace())
                                       .arg(m_plan.rows.size())
                                 : m_plan.error,
                             this);

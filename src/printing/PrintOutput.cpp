@@ -10,6 +10,7 @@
 #include <QPageLayout>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QSaveFile>
 #include <QPrinter>
 #include <QProgressDialog>
 
@@ -135,16 +136,24 @@ bool PrintOutput::run(const PrintDocument& doc) {
 }
 
 bool writePdf(const PrintDocument& doc, const QString& path) {
+    // Written beside the target and renamed into place when whole: a job cancelled, killed or
+    // failing on a full disk leaves no truncated file under the name, and an older file stays.
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) return false;
     bool done = false;
     {
-        QPdfWriter writer(path);
+        QPdfWriter writer(&file);
         writer.setTitle(doc.title());
         writer.setCreator(QStringLiteral("zqrs"));
         writer.setPageLayout(pageLayout(doc));
         done = paintAll(doc, writer, QStringLiteral("正在生成"));
     }
-    if (!done) QFile::remove(path);
-    return done;
+    if (!done) {
+        file.cancelWriting();
+        file.commit();
+        return false;
+    }
+    return file.commit();
 }
 
 bool printPages(const PrintDocument& doc, QPrinter& printer) {

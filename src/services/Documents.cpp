@@ -53,6 +53,7 @@ struct Markup {
     QStringList breaks;  // line breaks inside a paragraph
     QString space;       // run of blanks with a count attribute "c"
     QStringList skipped; // elements whose content is not part of the text
+    QString aside;       // a note's body: read after its paragraph, not inside its sentence
 };
 
 const Markup& docxMarkup() {
@@ -63,6 +64,8 @@ const Markup& docxMarkup() {
                           QStringLiteral("tab"),
                           {QStringLiteral("br"), QStringLiteral("cr")},
                           {},
+                          // Text moved elsewhere is read where it went, as a deletion is not read.
+                          {QStringLiteral("moveFrom")},
                           {}};
     return m;
 }
@@ -75,63 +78,89 @@ const Markup& odtMarkup() {
                           QStringLiteral("tab"),
                           {QStringLiteral("line-break")},
                           QStringLiteral("s"),
-                          {QStringLiteral("note-citation"), QStringLiteral("tracked-changes")}};
+                          {QStringLiteral("note-citation"), QStringLiteral("tracked-changes")},
+                          QStringLiteral("note-body")};
     return m;
+}
+
+// Elements of other vocabularies whose content is not read: comments beside the text, and the
+// fallback branch of alternate content (a text box is read once, from the branch chosen first).
+bool skippedOutside(const QXmlStreamReader& r) {
+    return r.name() == QLatin1String("annotation") || r.name() == QLatin1String("Fallback");
 }
 
 // The text of a document body: paragraphs joined by carriage returns. Empty when the XML is broken.
 QString xmlText(const QByteArray& xml, const Markup& m) {
     if (xml.isEmpty()) return {};
     QXmlStreamReader r(xml);
-    QString out;
+    QString body, notes;
+    QString* out = &body; // the notes gather beside the paragraph that cites them
     int inText = 0;   // depth inside the text element (docx) or inside a paragraph (odt)
     int skipping = 0; // depth inside a skipped element
+    int aside = 0;    // depth inside a note's body
     bool anyParagraph = false;
+    const auto isParagraph = [&](QStringView n) {
+        return n == m.paragraph || (!m.heading.isEmpty() && n == m.heading);
+    };
     while (!r.atEnd()) {
         r.readNext();
         if (r.isStartElement()) {
             if (r.namespaceUri() != m.ns) {
-                if (r.name() == QLatin1String("annotation")) ++skipping; // comments beside the text
+                if (skippedOutside(r)) ++skipping;
                 continue;
             }
             const QStringView n = r.name();
             if (m.skipped.contains(n.toString()) || skipping) {
                 ++skipping;
-            } else if (n == m.paragraph || (!m.heading.isEmpty() && n == m.heading)) {
-                if (anyParagraph && !out.endsWith(QLatin1Char('\r'))) out += QLatin1Char('\r');
+            } else if (!m.aside.isEmpty() && n == m.aside) {
+                if (aside++ == 0) out = &notes;
+            } else if (isParagraph(n)) {
+                if ((anyParagraph || out == &notes) && !out->isEmpty() && !out->endsWith(QLatin1Char('\r')))
+                    *out += QLatin1Char('\r');
                 if (m.text.isEmpty()) ++inText;
             } else if (!m.text.isEmpty() && n == m.text) {
                 ++inText;
             } else if (n == m.tab) {
-                out += QLatin1Char('\t');
+                *out += QLatin1Char('\t');
             } else if (m.breaks.contains(n.toString())) {
-                out += QLatin1Char('\r');
+                *out += QLatin1Char('\r');
             } else if (!m.space.isEmpty() && n == m.space) {
                 const int c = r.attributes().value(m.ns, QStringLiteral("c")).toInt();
-                out += QString(qMax(1, c), QLatin1Char(' '));
+                *out += QString(qMax(1, c), QLatin1Char(' '));
             }
         } else if (r.isEndElement()) {
             if (skipping) {
-                if (r.namespaceUri() == m.ns || r.name() == QLatin1String("annotation")) --skipping;
+                if (r.namespaceUri() == m.ns || skippedOutside(r)) --skipping;
                 continue;
             }
             if (r.namespaceUri() != m.ns) continue;
             const QStringView n = r.name();
-            if (n == m.paragraph || (!m.heading.isEmpty() && n == m.heading)) {
-                out += QLatin1Char('\r');
-                anyParagraph = true;
+            if (!m.aside.isEmpty() && n == m.aside) {
+                if (--aside == 0) out = &body;
+            } else if (isParagraph(n)) {
+                *out += QLatin1Char('\r');
                 if (m.text.isEmpty()) --inText;
+                if (out == &body) {
+                    anyParagraph = true;
+                    // The notes of a paragraph follow it, each its own paragraph.
+                    if (!notes.isEmpty() && inText == 0) {
+                        body += notes;
+                        if (!body.endsWith(QLatin1Char('\r'))) body += QLatin1Char('\r');
+                        notes.clear();
+                    }
+                }
             } else if (!m.text.isEmpty() && n == m.text) {
                 --inText;
             }
         } else if (r.isCharacters() && inText > 0 && !skipping) {
-            out += r.text();
+            *out += r.text();
         }
     }
     if (r.hasError()) return {};
-    while (out.endsWith(QLatin1Char('\r')))
-        out.chop(1);
-    return out;
+    body += notes;
+    while (body.endsWith(QLatin1Char('\r')))
+        body.chop(1);
+    return body;
 }
 
 // Line ends of any kind become the carriage return of a word processor's text.

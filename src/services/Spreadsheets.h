@@ -2,6 +2,7 @@
 
 #include "shell/Recordset.h"
 
+#include <functional>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -87,30 +88,62 @@ QString DateOfSerial(double serial);
 // yyyy-mm-dd; the empty text when it is no valid date.
 QString ParseDateText(const QString& text);
 
-// A sheet read back: every non-empty row with its row number in the file (from 1). A row whose cells
-// cannot be taken as they are (a merged range, a formula without a value, a cell too long) carries
-// the reason in `problem` and its readable cells.
+// A sheet read back: every non-empty row with its row number in the file (from 1). Only filled
+// cells are kept, so a stray cell far to the right costs one entry, not thousands. A row whose cells
+// cannot be taken as they are (a merged range, a formula without a value, a cell too long, a control
+// character) carries the reason in `problem` and its readable cells.
 struct SheetRow {
     int number = 0;
-    QStringList cells;
     QString problem;
+    QVector<int> columns;  // the filled cells' columns (from 0), ascending
+    QStringList texts;     // their texts
+    QVector<int> numbers;  // columns whose cell the file holds as a number rather than as text
+    QString cell(int col) const;
+    bool isNumber(int col) const { return numbers.contains(col); }
+    // Every cell up to the last filled one, the empty ones too; for short rows.
+    QStringList cells() const;
+    void setCell(int col, const QString& text);
 };
 struct SheetData {
     QVector<SheetRow> rows;
-    QString error; // the whole file refused: not a spreadsheet, unreadable, empty
+    QString error;          // the whole file refused: not a spreadsheet, unreadable, empty, too large
+    QString sheet;          // the sheet read (.xlsx); empty for .csv
+    QStringList sheets;     // the visible sheets looked at, in order
+    bool noneAccepted = false; // no sheet passed SheetReading::accept
+    bool typed = false;     // cells tell numbers from texts (.xlsx); a .csv holds texts only
+};
+
+// How a file is read. Whatever is asked, the reader keeps within fixed bounds (bytes unpacked,
+// characters and strings kept, rows, the length of one cell) and refuses a file past them with
+// the reason, so that no file can exhaust the memory.
+struct SheetReading {
+    // Rows kept at most; a file with more is refused (0: as many as a spreadsheet holds).
+    int maxRows = 0;
+    // Picks the sheet: called with the first `probeRows` rows of each visible sheet in order; the
+    // first it takes is read whole. Without it the first visible sheet is read.
+    std::function<bool(const SheetData& head)> accept;
+    int probeRows = 10;
 };
 
 // The longest cell a spreadsheet holds; anything longer is refused as a row problem.
 constexpr int kMaxCellChars = 32767;
+// The most rows a sheet holds.
+constexpr int kMaxSheetRows = 1048576;
 
-// Reads the first sheet of an .xlsx file (shared and inline strings, numbers, dates by their number
-// format, empty cells) or a .csv file (UTF-8 with or without a byte-order mark, else GB18030). Dates
-// come as yyyy-mm-dd, numbers in their shortest form.
-SheetData ReadSpreadsheet(const QString& path);
-SheetData ReadXlsx(const QString& path);
-SheetData ReadCsv(const QString& path);
+// Reads an .xlsx file (shared and inline strings, numbers, dates by their number format in either
+// date system, empty cells; hidden sheets are passed over) or a .csv file (UTF-8 with or without a
+// byte-order mark, UTF-16 with one, else GB18030). Dates come as yyyy-mm-dd, numbers in their
+// shortest exact form. A .csv cell that an export protected with a leading apostrophe (a text
+// starting with = + - @) comes back as it was.
+SheetData ReadSpreadsheet(const QString& path, const SheetReading& how = {});
+SheetData ReadXlsx(const QString& path, const SheetReading& how = {});
+SheetData ReadCsv(const QString& path, const SheetReading& how = {});
 // The cells of CSV text, for tests and the reader.
 SheetData ParseCsvText(const QString& text);
+
+// The first character of a text that must not reach the database (a control character other than
+// tab and line ends, a byte that could not be decoded, a lone surrogate); -1 when there is none.
+int BadCharacterAt(QStringView text);
 
 // The column letters of a 0-based column index: 0 -> A, 26 -> AA.
 QString ColumnLetters(int col);

@@ -302,6 +302,17 @@ private slots:
         PrintPersonCard(1, QStringLiteral("RsCard"), QStringLiteral("RsCard_01"), QStringLiteral("fZt=1"));
         QCOMPARE(progress->begun, 30);
         QVERIFY(!QFile::exists(m_pdf));
+        // The file is written beside its name and renamed when whole: an older one under the name
+        // stays as it was, and nothing half-written is left in the folder.
+        QFile older(m_pdf);
+        QVERIFY(older.open(QIODevice::WriteOnly));
+        older.write("older");
+        older.close();
+        PrintPersonCard(1, QStringLiteral("RsCard"), QStringLiteral("RsCard_01"), QStringLiteral("fZt=1"));
+        QVERIFY(older.open(QIODevice::ReadOnly));
+        QCOMPARE(older.readAll(), QByteArray("older"));
+        QCOMPARE(QDir(m_dir.path()).entryList({QStringLiteral("out.pdf*")}, QDir::Files | QDir::Hidden),
+                 QStringList{QStringLiteral("out.pdf")});
         installPrintProgress(nullptr);
     }
 

@@ -85,6 +85,40 @@ private slots:
                  QStringLiteral("人事 报告\r\n甲\t乙\r\n ..."));
     }
 
+    // As a word processor saves them: a text box in alternate content has the same text in both
+    // branches, a moved paragraph is kept where it went, a footnote's body sits inside its sentence.
+    void textBoxesMovesAndNotesAreReadOnce() {
+        writeZip(path(QStringLiteral("box.docx")),
+                 {{"word/document.xml",
+                   "<w:document xmlns:w=\"http://schemas.openxmlformats.org/wordprocessingml/2006/main\""
+                   " xmlns:mc=\"http://schemas.openxmlformats.org/markup-compatibility/2006\""
+                   " xmlns:wps=\"http://schemas.microsoft.com/office/word/2010/wordprocessingShape\""
+                   " xmlns:v=\"urn:schemas-microsoft-com:vml\"><w:body>"
+                   "<w:p><w:r><w:t>正文</w:t></w:r><w:r><mc:AlternateContent><mc:Choice Requires=\"wps\">"
+                   "<w:drawing><wps:txbx><w:txbxContent><w:p><w:r><w:t>文本框</w:t></w:r></w:p></w:txbxContent>"
+                   "</wps:txbx></w:drawing></mc:Choice><mc:Fallback><w:pict><v:shape><v:textbox><w:txbxContent>"
+                   "<w:p><w:r><w:t>文本框</w:t></w:r></w:p></w:txbxContent></v:textbox></v:shape></w:pict>"
+                   "</mc:Fallback></mc:AlternateContent></w:r></w:p>"
+                   "<w:p><w:moveFrom><w:r><w:t>移走的</w:t></w:r></w:moveFrom><w:r><w:t>留下</w:t></w:r></w:p>"
+                   "<w:p><w:moveTo><w:r><w:t>移来的</w:t></w:r></w:moveTo></w:p>"
+                   "</w:body></w:document>"}});
+        const QString box = ReadDocumentText(path(QStringLiteral("box.docx")));
+        QCOMPARE(box.count(QStringLiteral("文本框")), 1);
+        QVERIFY2(!box.contains(QStringLiteral("移走的")) && box.contains(QStringLiteral("留下\r移来的")),
+                 qPrintable(box));
+
+        writeZip(path(QStringLiteral("note.odt")),
+                 {{"content.xml",
+                   "<office:document-content xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\""
+                   " xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\"><office:body><office:text>"
+                   "<text:p>人员调动<text:note text:note-class=\"footnote\"><text:note-citation>1</text:note-citation>"
+                   "<text:note-body><text:p>见附件</text:p><text:p>第二段</text:p></text:note-body></text:note>"
+                   "通知如下</text:p><text:p>下一段</text:p>"
+                   "</office:text></office:body></office:document-content>"}});
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("note.odt"))),
+                 QStringLiteral("人员调动通知如下\r见附件\r第二段\r下一段"));
+    }
+
     void unreadableGivesNothing() {
         QCOMPARE(ReadDocumentText(path(QStringLiteral("missing.docx"))), QString());
         QCOMPARE(ReadDocumentText(QString()), QString());

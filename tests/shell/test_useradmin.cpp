@@ -265,7 +265,7 @@ private slots:
         const SheetData sheet = ReadSpreadsheet(dir.filePath("日志.xlsx"));
         QVERIFY2(sheet.error.isEmpty(), qPrintable(sheet.error));
         QCOMPARE(sheet.rows.size(), 5);
-        QCOMPARE(sheet.rows[2].cells.join(','), rows[2]);
+        QCOMPARE(sheet.rows[2].cells().join(','), rows[2]);
     }
 };
 
