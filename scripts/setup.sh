@@ -12,6 +12,7 @@ packages=(
   xvfb xauth
   ccache antiword libzip-dev libxlsxwriter-dev
   qt6-charts-dev libqt6opengl6-dev
+  libsqlite3-dev qt6-svg-dev
 )
 
 missing=()

@@ -1,0 +1,129 @@
+#include "HistorySession.h"
+
+#include "DbError.h"
+#include "Globals.h"
+
+#include <QHash>
+#include <QSqlDriver>
+#include <QSqlQuery>
+#include <QSysInfo>
+#include <sqlite3.h>
+
+namespace zq {
+
+namespace {
+
+struct Session {
+    QString user;
+    QString host;
+    bool recording = true;
+    bool purging = false;
+};
+
+// What each open connection records, for changing one part without the others.
+QHash<const Connection*, Session>& sessions() {
+    static QHash<const Connection*, Session> s;
+    return s;
+}
+
+// The values the file database's functions give, owned by the connection once registered.
+struct FileSession {
+    QByteArray user;
+    QByteArray host;
+    bool recording = true;
+    bool purging = false;
+};
+
+void resultText(sqlite3_context* ctx, const QByteArray& text) {
+    sqlite3_result_text(ctx, text.constData(), int(text.size()), SQLITE_TRANSIENT);
+}
+
+// zq_user(): the user, or null while recording is off (the triggers then write nothing).
+void fnUser(sqlite3_context* ctx, int, sqlite3_value**) {
+    const auto* s = static_cast<const FileSession*>(sqlite3_user_data(ctx));
+    if (s->recording) resultText(ctx, s->user);
+    else sqlite3_result_null(ctx);
+}
+void fnHost(sqlite3_context* ctx, int, sqlite3_value**) {
+    resultText(ctx, static_cast<const FileSession*>(sqlite3_user_data(ctx))->host);
+}
+// zq_purge(): 1 while history may be deleted, else null.
+void fnPurge(sqlite3_context* ctx, int, sqlite3_value**) {
+    if (static_cast<const FileSession*>(sqlite3_user_data(ctx))->purging) sqlite3_result_int(ctx, 1);
+    else sqlite3_result_null(ctx);
+}
+void freeSession(void* p) {
+    delete static_cast<FileSession*>(p);
+}
+
+sqlite3* fileHandle(Connection& c) {
+    const QVariant v = c.database().driver()->handle();
+    if (!v.isValid() || qstrcmp(v.typeName(), "sqlite3*") != 0) return nullptr;
+    return *static_cast<sqlite3* const*>(v.data());
+}
+
+void apply(Connection& c, const Session& s) {
+    if (!c.isOpen()) return;
+    if (c.dialect().isServer()) {
+        QSqlQuery q(c.database());
+        q.prepare(QStringLiteral("select set_config('zq.user',?,false),set_config('zq.host',?,false),"
+                                 "set_config('zq.history',?,false),set_config('zq.purge',?,false)"));
+        q.addBindValue(s.user);
+        q.addBindValue(s.host);
+        q.addBindValue(s.recording ? QStringLiteral("on") : QStringLiteral("off"));
+        q.addBindValue(s.purging ? QStringLiteral("on") : QStringLiteral("off"));
+        if (!q.exec()) throw DbError(QStringLiteral("无法设置变更记录的用户"));
+        return;
+    }
+    sqlite3* h = fileHandle(c);
+    if (!h) throw DbError(QStringLiteral("无法设置变更记录的用户"));
+    // One value block for the three functions; replacing zq_user last frees the block before.
+    auto* fs = new FileSession{s.user.toUtf8(), s.host.toUtf8(), s.recording, s.purging};
+    // Innocuous, so that the schema's triggers may call them whatever the trust setting.
+    const int flags = SQLITE_UTF8 | SQLITE_INNOCUOUS;
+    sqlite3_create_function_v2(h, "zq_host", 0, flags, fs, fnHost, nullptr, nullptr, nullptr);
+    sqlite3_create_function_v2(h, "zq_purge", 0, flags, fs, fnPurge, nullptr, nullptr, nullptr);
+    if (sqlite3_create_function_v2(h, "zq_user", 0, flags, fs, fnUser, nullptr, nullptr, freeSession) !=
+        SQLITE_OK)
+        throw DbError(QStringLiteral("无法设置变更记录的用户"));
+}
+
+Session& sessionOf(const Connection& c) {
+    return sessions()[&c];
+}
+
+} // namespace
+
+void TagHistorySession(Connection& c) {
+    SetHistorySession(c, G().UserName, QSysInfo::machineHostName());
+}
+
+void SetHistorySession(Connection& c, const QString& user, const QString& host) {
+    Session s; // a new user starts recording afresh
+    s.user = user;
+    s.host = host;
+    sessionOf(c) = s;
+    apply(c, s);
+}
+
+void SetHistoryRecording(Connection& c, bool on) {
+    Session& s = sessionOf(c);
+    s.recording = on;
+    apply(c, s);
+}
+
+void SetHistoryPurging(Connection& c, bool on) {
+    Session& s = sessionOf(c);
+    s.purging = on;
+    apply(c, s);
+}
+
+QString HistoryUser(const Connection& c) {
+    return sessions().value(&c).user;
+}
+
+QString HistoryHost(const Connection& c) {
+    return sessions().value(&c).host;
+}
+
+} // namespace zq
