@@ -38,7 +38,8 @@ const QString kHelp =
                    "version  显示程序和数据库结构的版本。\n"
                    "print    打印人员卡片、表格或履历表为 PDF (zqrs-admin print 显示用法)。\n"
                    "export   把表格导出为 .xlsx 或 .csv (zqrs-admin export 显示用法)。\n"
-                   "import   从 .xlsx 或 .csv 导入员工 (zqrs-admin import 显示用法)。\n");
+                   "import   从 .xlsx 或 .csv 导入员工 (zqrs-admin import 显示用法)。\n"
+                   "history  把一名员工或一段时期的变更记录写为 .xlsx 或 .csv (zqrs-admin history 显示用法)。\n");
 
 struct Parsed {
     QString command;

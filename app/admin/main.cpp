@@ -1,6 +1,7 @@
 // zqrs-admin: makes company databases (empty, or filled with a demo company) and prints from them.
 
 #include "DemoAdmin.h"
+#include "HistoryCommand.h"
 #include "PrintCommand.h"
 
 #include <QApplication>
@@ -17,6 +18,7 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QTextStream out(stdout), err(stderr);
     if (argc > 1 && QByteArray(argv[1]) == "export") return zq::admin::runExport(app.arguments(), out, err);
+    if (argc > 1 && QByteArray(argv[1]) == "history") return zq::admin::runHistory(app.arguments(), out, err);
     if (argc > 1 && QByteArray(argv[1]) == "import") return zq::admin::runImport(app.arguments(), out, err);
     return zq::admin::run(app.arguments(), out, err);
 }

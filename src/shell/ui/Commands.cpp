@@ -10,6 +10,7 @@
 #include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
 #include "organisation/frmRs_Dept.h"
+#include "organisation/frmRs_OrgChart.h"
 #include "organisation/frmRs_PersonAssign.h"
 #include "organisation/frmRs_PersonAssignOk.h"
 #include "personnel/frmRs_ChangeReport.h"
@@ -115,6 +116,8 @@ void registerScreens() {
         {QStringLiteral("mnuRsbm"), QStringLiteral("mnuRsSysBm")}, [] { return new frmRs_Dept; },
         [](QDialog& d, qint16) { d.setProperty("myTable", QStringLiteral("trs_bm")); });
     registerScreen<frmRs_Dept>("frmRs_Dept");
+    registerCommand({QStringLiteral("mnuRsOrgChart")}, [] { return new frmRs_OrgChart; });
+    registerScreen<frmRs_OrgChart>("frmRs_OrgChart");
     registerCommand({QStringLiteral("mnuRsOthHoldCard")}, [] { return new frmRs_Identify; });
     // The loan keys cross over with their tables: State chooses the table.
     for (const auto& [key, state] :
