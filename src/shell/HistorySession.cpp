@@ -56,16 +56,15 @@ void freeSession(void* p) {
     delete static_cast<FileSession*>(p);
 }
 
-sqlite3* fileHandle(Connection& c) {
-    const QVariant v = c.database().driver()->handle();
+sqlite3* fileHandle(const QSqlDatabase& db) {
+    const QVariant v = db.driver()->handle();
     if (!v.isValid() || qstrcmp(v.typeName(), "sqlite3*") != 0) return nullptr;
     return *static_cast<sqlite3* const*>(v.data());
 }
 
-void apply(Connection& c, const Session& s) {
-    if (!c.isOpen()) return;
-    if (c.dialect().isServer()) {
-        QSqlQuery q(c.database());
+void apply(QSqlDatabase& db, bool server, const Session& s) {
+    if (server) {
+        QSqlQuery q(db);
         q.prepare(QStringLiteral("select set_config('zq.user',?,false),set_config('zq.host',?,false),"
                                  "set_config('zq.history',?,false),set_config('zq.purge',?,false)"));
         q.addBindValue(s.user);
@@ -75,7 +74,7 @@ void apply(Connection& c, const Session& s) {
         if (!q.exec()) throw DbError(QStringLiteral("无法设置变更记录的用户"));
         return;
     }
-    sqlite3* h = fileHandle(c);
+    sqlite3* h = fileHandle(db);
     if (!h) throw DbError(QStringLiteral("无法设置变更记录的用户"));
     // One value block for the three functions; replacing zq_user last frees the block before.
     auto* fs = new FileSession{s.user.toUtf8(), s.host.toUtf8(), s.recording, s.purging};
@@ -86,6 +85,10 @@ void apply(Connection& c, const Session& s) {
     if (sqlite3_create_function_v2(h, "zq_user", 0, flags, fs, fnUser, nullptr, nullptr, freeSession) !=
         SQLITE_OK)
         throw DbError(QStringLiteral("无法设置变更记录的用户"));
+}
+
+void apply(Connection& c, const Session& s) {
+    if (c.isOpen()) apply(c.database(), c.dialect().isServer(), s);
 }
 
 Session& sessionOf(const Connection& c) {
@@ -116,6 +119,14 @@ void SetHistoryPurging(Connection& c, bool on) {
     Session& s = sessionOf(c);
     s.purging = on;
     apply(c, s);
+}
+
+void SetHistorySession(QSqlDatabase& db, const QString& user, const QString& host, bool recording) {
+    Session s;
+    s.user = user;
+    s.host = host;
+    s.recording = recording;
+    apply(db, db.driverName() == QLatin1String("QPSQL"), s);
 }
 
 QString HistoryUser(const Connection& c) {

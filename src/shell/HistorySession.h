@@ -2,6 +2,7 @@
 
 #include "Connection.h"
 
+#include <QSqlDatabase>
 #include <QString>
 
 namespace zq {
@@ -20,6 +21,9 @@ void SetHistorySession(Connection& c, const QString& user, const QString& host);
 void SetHistoryRecording(Connection& c, bool on);
 // History rows may be deleted only while this is on (the supervisor's purge).
 void SetHistoryPurging(Connection& c, bool on);
+// The same for a connection through the bare driver (the benchmarks' baselines): a connection of
+// the file database without the functions could not write to a recorded table.
+void SetHistorySession(QSqlDatabase& db, const QString& user, const QString& host, bool recording);
 // The user and machine the connection records.
 QString HistoryUser(const Connection& c);
 QString HistoryHost(const Connection& c);

@@ -1,6 +1,10 @@
+#include "Controls.h"
 #include "TestDb.h"
 
 #include "personnel/PersonCodeCascade.h"
+#include "personnel/PersonImport.h"
+#include "personnel/frmRs_ChangeReport.h"
+#include "personnel/frmRs_PersonHistory.h"
 #include "services/ChangeHistory.h"
 #include "services/PagedRows.h"
 #include "services/ui/Grid.h"
@@ -14,6 +18,8 @@
 #include "shell/Users.h"
 
 #include <QApplication>
+#include <QComboBox>
+#include <QLabel>
 #include <QDir>
 #include <QFile>
 #include <QSysInfo>
@@ -209,6 +215,29 @@ private slots:
         QCOMPARE(PersonHistory("A09", f).size(), 0);
     }
 
+    // An import is recorded like a save: a new person's filled fields, a changed one's changes.
+    void importIsRecorded() {
+        addPerson("A01", "张三");
+        startClean();
+        const auto import = [](const QString& csv) {
+            const ImportCheck check = CheckImport(PrepareImport(ParseCsvText(csv)), true);
+            QVERIFY2(check.error.isEmpty() && check.refused == 0, qPrintable(check.error));
+            QVERIFY(WriteImport(check, false));
+        };
+        import("员工编号,姓名,性别,民族,受聘时间\r\nB01,王五,男,汉,2024-03-01\r\nA01,张三,男,回,2020-01-01\r\n");
+        // Every filled column of the new row, no more.
+        int filled = 0;
+        Recordset rs(conn(), "select * from tRsBasic where fCode='B01'");
+        for (int i = 0; i < rs.fieldCount(); ++i) {
+            const QString f = rs.fieldName(i).toLower();
+            if (f == "fphoto" || (f.startsWith("fp") && f != "fphone")) continue;
+            if (!rs.text(i).isEmpty()) ++filled;
+        }
+        QCOMPARE(historyRows("fCode='B01' and fOp=1"), filled);
+        QCOMPARE(historyRows("fCode='B01' and fKind=4"), 1);
+        QCOMPARE(changes("fCode='A01'"), (QMap<QString, QString>{{"fMz", "|回"}, {"fSpday", "|2020-01-01"}}));
+    }
+
     void departmentsAreRecorded() {
         startClean();
         exec("update tRs_Bm set fLimited=12, fColor=5 where fCode='02'");
@@ -319,6 +348,45 @@ private slots:
                  QStringLiteral("2"));
         exec("update tRsBasic set fMz='回' where fCode='A01'");
         QCOMPARE(changes("1=1"), (QMap<QString, QString>{{"fMz", "汉|回"}}));
+    }
+
+    // The two screens show what the functions give; the report's figure line counts every kind.
+    void screens() {
+        addPerson("A01", "张三");
+        exec("update tRsBasic set fBmCode='02', fBmName='工厂' where fCode='A01'");
+        exec("update tRsBasic set fMz='汉', fRz='钳工' where fCode='A01'");
+        exec("insert into tRsFamily (fCode,fOrderID,fCh,fName) values ('A01',1,'父','张大')");
+        G().CurPersonCode = "A01";
+        G().CurPersonName = "张三";
+        frmRs_PersonHistory person;
+        person.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&person));
+        QCOMPARE(person.grid()->maxRows(), PersonHistory("A01").size());
+        QCOMPARE(person.grid()->text(1, 4), QStringLiteral("姓名")); // newest first: the family row
+        QCOMPARE(person.grid()->text(0, 6), QStringLiteral("原值"));
+        test::saveShot(person, "person_history");
+        auto* field = test::child<QComboBox>(person, "cboField");
+        const int mz = field->findText("基本资料.民族");
+        QVERIFY(mz > 0);
+        field->setCurrentIndex(mz);
+        test::click(person, "cmdSeek");
+        QCOMPARE(person.grid()->maxRows(), 1);
+        QCOMPARE(person.grid()->text(1, 7), QStringLiteral("汉"));
+
+        frmRs_ChangeReport report;
+        report.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&report));
+        const QString figures = test::child<QLabel>(report, "lblCount")->text();
+        QVERIFY2(figures.contains("部门调动 1") && figures.contains("岗位变动 1") && figures.contains("入职 1"),
+                 qPrintable(figures));
+        QCOMPARE(report.grid()->maxRows(), historyRows());
+        test::saveShot(report, "change_report");
+        auto* kind = test::child<QComboBox>(report, "cboKind");
+        kind->setCurrentIndex(1);
+        test::click(report, "cmdSeek");
+        QCOMPARE(report.grid()->maxRows(), 1);
+        QCOMPARE(report.grid()->text(1, 4), QStringLiteral("工厂"));
+        QVERIFY(test::child<QPushButton>(report, "cmdDelHistory")->isVisibleTo(&report));
     }
 
 private:
