@@ -52,8 +52,19 @@ void fnPurge(sqlite3_context* ctx, int, sqlite3_value**) {
     if (static_cast<const FileSession*>(sqlite3_user_data(ctx))->purging) sqlite3_result_int(ctx, 1);
     else sqlite3_result_null(ctx);
 }
+// The value block of each open handle. The functions are registered once, as the connection opens
+// (SQLite refuses to replace a function while a statement runs); later changes go into the block.
+QHash<sqlite3*, FileSession*>& fileSessions() {
+    static QHash<sqlite3*, FileSession*> s;
+    return s;
+}
+
+// Called by SQLite as the connection closes.
 void freeSession(void* p) {
-    delete static_cast<FileSession*>(p);
+    auto* s = static_cast<FileSession*>(p);
+    for (auto it = fileSessions().begin(); it != fileSessions().end();)
+        it = it.value() == s ? fileSessions().erase(it) : std::next(it);
+    delete s;
 }
 
 sqlite3* fileHandle(const QSqlDatabase& db) {
@@ -76,14 +87,23 @@ void apply(QSqlDatabase& db, bool server, const Session& s) {
     }
     sqlite3* h = fileHandle(db);
     if (!h) throw DbError(QStringLiteral("无法设置变更记录的用户"));
-    // One value block for the three functions; replacing zq_user last frees the block before.
-    auto* fs = new FileSession{s.user.toUtf8(), s.host.toUtf8(), s.recording, s.purging};
+    const FileSession values{s.user.toUtf8(), s.host.toUtf8(), s.recording, s.purging};
+    if (FileSession* known = fileSessions().value(h)) {
+        *known = values;
+        return;
+    }
+    // One value block for the three functions, freed with zq_user as the connection closes.
     // Innocuous, so that the schema's triggers may call them whatever the trust setting.
+    auto* fs = new FileSession(values);
     const int flags = SQLITE_UTF8 | SQLITE_INNOCUOUS;
-    sqlite3_create_function_v2(h, "zq_host", 0, flags, fs, fnHost, nullptr, nullptr, nullptr);
-    sqlite3_create_function_v2(h, "zq_purge", 0, flags, fs, fnPurge, nullptr, nullptr, nullptr);
-    if (sqlite3_create_function_v2(h, "zq_user", 0, flags, fs, fnUser, nullptr, nullptr, freeSession) !=
-        SQLITE_OK)
+    if (sqlite3_create_function_v2(h, "zq_user", 0, flags, fs, fnUser, nullptr, nullptr, freeSession) != SQLITE_OK) {
+        delete fs;
+        throw DbError(QStringLiteral("无法设置变更记录的用户"));
+    }
+    fileSessions().insert(h, fs);
+    // Should these fail, the triggers fail for want of them: nothing is written unrecorded.
+    if (sqlite3_create_function_v2(h, "zq_host", 0, flags, fs, fnHost, nullptr, nullptr, nullptr) != SQLITE_OK ||
+        sqlite3_create_function_v2(h, "zq_purge", 0, flags, fs, fnPurge, nullptr, nullptr, nullptr) != SQLITE_OK)
         throw DbError(QStringLiteral("无法设置变更记录的用户"));
 }
 

@@ -236,6 +236,12 @@ QStringList historyTables() {
 
 void createHistoryTriggers(Connection& c) {
     createTable(c, *findTable(QStringLiteral("tRsHistory")));
+    // A person's history follows his code changes back: those rows are found by the code after and
+    // before. Only code rows are indexed, since other values may be long texts.
+    for (const char* column : {"fAfter", "fBefore"})
+        c.execute(QStringLiteral("create index if not exists ix_trshistory_code%1 on tRsHistory (%2) "
+                                 "where fTable='tRsBasic' and fField='fCode'")
+                      .arg(QString::fromLatin1(column).toLower(), QLatin1String(column)));
     for (const Recorded& r : kRecorded) {
         if (!tableExists(c, QLatin1String(r.table))) continue;
         dropTriggers(c, r);

@@ -233,7 +233,7 @@ QVector<Table> build() {
                 text("fTable", 20), text("fCode", 15), text("fBmCode", 15), col("fRow", T::Int),
                 text("fField", 30), col("fBefore", T::Memo), col("fAfter", T::Memo), col("fOp", T::SmallInt),
                 col("fKind", T::SmallInt)},
-               {{"fWhen"}, {"fKind", "fWhen"}}};
+               {{"fWhen", "fKind"}}};
     t << Table{"tWd_File1",
                codeTree({col("fYnxj", T::SmallInt), col("fBz", T::SmallInt), text("fFilePath", 255),
                          text("fBmCode", 15), col("fDetail1", T::Memo), col("fLimited", T::Real)}),

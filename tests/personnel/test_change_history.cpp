@@ -1,8 +1,10 @@
 #include "Controls.h"
+#include "PdfTools.h"
 #include "TestDb.h"
 
 #include "personnel/PersonCodeCascade.h"
 #include "personnel/PersonImport.h"
+#include "printing/PrintOutput.h"
 #include "personnel/frmRs_ChangeReport.h"
 #include "personnel/frmRs_PersonHistory.h"
 #include "services/ChangeHistory.h"
@@ -23,6 +25,7 @@
 #include <QDir>
 #include <QFile>
 #include <QSysInfo>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace zq;
@@ -387,6 +390,13 @@ private slots:
         QCOMPARE(report.grid()->maxRows(), 1);
         QCOMPARE(report.grid()->text(1, 4), QStringLiteral("工厂"));
         QVERIFY(test::child<QPushButton>(report, "cmdDelHistory")->isVisibleTo(&report));
+        // Printed like every list, read a page at a time as it is.
+        QTemporaryDir dir;
+        PrintOutput::setPdfPath(dir.filePath("report.pdf"));
+        test::click(report, "cmdPrint");
+        PrintOutput::setPdfPath({});
+        const QString text = test::pdfText(dir.filePath("report.pdf"));
+        QVERIFY2(text.contains("人事变动报表") && text.contains("部门调动") && text.contains("工厂"), qPrintable(text));
     }
 
 private:
