@@ -119,7 +119,8 @@ void prepareCompany(Context&) {
         c.execute(QStringLiteral(
                       "insert into tRsHistory (fWhen,fUser,fHost,fTable,fCode,fBmCode,fRow,fField,fBefore,fAfter,fOp,fKind) "
                       "select '%1'||case when fSex='男' then '12' else '21' end||' 10:00:00','admin','hr-pc',"
-                      "'tRsBasic',fCode,fBmCode,null,case when fzt<>1 then 'fzt' else 'fXzz' end,'旧的值','新的值',2,"
+                      "'tRsBasic',fCode,fBmCode,null,case when fzt<>1 then 'fzt' when fSex='男' and fHy='已婚' then "
+                      "'fBmName' else 'fXzz' end,'旧的值','新的值',2,"
                       "case when fzt<>1 then 5 when fSex='男' and fHy='已婚' then 1 else 0 end from tRsBasic")
                       .arg(day));
         t.commit();

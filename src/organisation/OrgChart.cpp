@@ -108,10 +108,12 @@ int OrgChart::departments() const {
     return n;
 }
 
+// Top-down, the leaves of a department (its posts, its last sections) stand in a column below it,
+// which keeps a large chart from growing ever wider. A folded branch keeps its place in the row.
 bool OrgChart::stacks(int node) const {
     if (m_direction != Direction::TopDown) return false;
     for (int c : m_nodes[node].children)
-        if (hasVisibleChildren(m_nodes[c])) return false;
+        if (!m_nodes[c].children.isEmpty()) return false;
     return true;
 }
 

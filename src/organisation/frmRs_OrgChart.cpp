@@ -22,6 +22,11 @@
 
 namespace zq {
 
+namespace {
+// Beyond this many boxes the chart opens folded below the first level.
+constexpr int kOpenFolded = 300;
+} // namespace
+
 // The whole chart as one item: it paints only the boxes of the part in view, so that panning over
 // thousands of boxes stays smooth.
 class OrgChartItem : public QGraphicsItem {
@@ -140,6 +145,8 @@ void frmRs_OrgChart::showBranch(const QString& code) {
 void frmRs_OrgChart::reload() {
     m_chart.load(m_branch, m_posts->isChecked());
     m_chart.layout(m_direction->currentIndex() == 1 ? OrgChart::Direction::LeftRight : OrgChart::Direction::TopDown);
+    // A large company opens with its first level, readable; the user unfolds what he looks for.
+    if (m_chart.nodes().size() > kOpenFolded) m_chart.foldBelow(1);
     relaid();
 }
 

@@ -144,6 +144,29 @@ QString personCondition(const QString& code) {
     return QStringLiteral("h.fTable<>'tRs_Bm' and (") + parts.join(QStringLiteral(" or ")) + QLatin1Char(')');
 }
 
+// Every caption of the dictionary, by lower-cased table and field, read once for a list that shows
+// them all: a look-up per row costs more than the rows themselves on the server.
+class Captions {
+public:
+    Captions() {
+        for (Recordset rs(conn(), QStringLiteral("select fTable,FieldName,FieldName%1 from RptListDetail").arg(G().lang()));
+             !rs.eof(); rs.moveNext())
+            if (!rs.text(2).isEmpty()) m_captions.insert(key(rs.text(0), rs.text(1)), rs.text(2));
+    }
+    QString field(const QString& table, const QString& field) const {
+        const QString c = m_captions.value(key(table, field));
+        if (!c.isEmpty()) return c;
+        const QString builtIn = caption(kColumns, int(std::size(kColumns)), field);
+        return builtIn.isEmpty() ? field : builtIn;
+    }
+
+private:
+    static QString key(const QString& table, const QString& field) {
+        return table.toLower() + QLatin1Char('|') + field.toLower();
+    }
+    QHash<QString, QString> m_captions;
+};
+
 QVector<SheetColumn> textColumns(std::initializer_list<std::pair<const char*, double>> list) {
     QVector<SheetColumn> c;
     for (const auto& [name, width] : list)
@@ -160,14 +183,6 @@ QString ChangeKindCaption(int kind) {
 QString HistoryTableCaption(const QString& table) {
     const QString c = caption(kTables, int(std::size(kTables)), table);
     return c.isEmpty() ? table : c;
-}
-
-QString HistoryFieldCaption(const QString& table, const QString& field) {
-    Recordset rs(conn(), QStringLiteral("select FieldName%1 from RptListDetail where fTable=%2 and FieldName=%3")
-                             .arg(G().lang(), quoted(table), quoted(field)));
-    if (!rs.eof() && !rs.text(0).isEmpty()) return rs.text(0);
-    const QString c = caption(kColumns, int(std::size(kColumns)), field);
-    return c.isEmpty() ? field : c;
 }
 
 QString HistoryOpCaption(int op) {
@@ -196,26 +211,30 @@ const QVector<SheetColumn>& PersonHistoryColumns() {
 }
 
 QVector<QStringList> PersonHistory(const QString& code, const PersonHistoryFilter& f) {
-    QString sql = QStringLiteral("select h.fWhen,%1,h.fRow,%2,h.fOp,h.fBefore,h.fAfter,h.fUser,h.fHost "
-                                 "from tRsHistory h where ")
-                      .arg(tableCaptionSql(), fieldCaptionSql()) +
+    QString sql = QStringLiteral("select h.fWhen,h.fTable,h.fRow,h.fField,h.fOp,h.fBefore,h.fAfter,h.fUser,h.fHost "
+                                 "from tRsHistory h where ") +
                   personCondition(code) + periodCondition(f.from, f.to);
     if (!f.field.isEmpty())
         sql += QStringLiteral(" and h.fTable=") + quoted(f.table) + QStringLiteral(" and h.fField=") + quoted(f.field);
-    sql += QStringLiteral(" order by h.fId desc");
+    sql += QStringLiteral(" order by h.fWhen desc,h.fId desc");
     QVector<QStringList> rows = ReadRows(sql);
-    for (QStringList& r : rows)
+    const Captions captions;
+    for (QStringList& r : rows) {
+        r[3] = captions.field(r[1], r[3]);
+        r[1] = HistoryTableCaption(r[1]);
         r[4] = HistoryOpCaption(r[4].toInt());
+    }
     return rows;
 }
 
 QStringList PersonHistoryFields(const QString& code) {
     QStringList fields;
-    const QString sql = QStringLiteral("select h.fTable,h.fField,%1,%2 from tRsHistory h where ")
-                            .arg(tableCaptionSql(), fieldCaptionSql()) +
-                        personCondition(code) + QStringLiteral(" group by h.fTable,h.fField order by h.fTable,h.fField");
+    const QString sql = QStringLiteral("select h.fTable,h.fField from tRsHistory h where ") + personCondition(code) +
+                        QStringLiteral(" group by h.fTable,h.fField order by h.fTable,h.fField");
+    const Captions captions;
     for (const QStringList& r : ReadRows(sql))
-        fields << r[0] + QLatin1Char('\t') + r[1] + QLatin1Char('\t') + r[2] + QLatin1Char('.') + r[3];
+        fields << r[0] + QLatin1Char('\t') + r[1] + QLatin1Char('\t') + HistoryTableCaption(r[0]) + QLatin1Char('.') +
+                      captions.field(r[0], r[1]);
     return fields;
 }
 

@@ -18,10 +18,9 @@ namespace zq {
 // reinstatements), 5 leavers. 0 stands for every change.
 constexpr int kChangeKinds = 5;
 QString ChangeKindCaption(int kind);
-// The caption of a recorded table ("家庭情况" for tRsFamily) and of a column (the field
-// dictionary's, in the language of the control; the column's name when it has none).
+// The caption of a recorded table ("家庭情况" for tRsFamily). A column's caption is the field
+// dictionary's in the language of the control, else a built-in one, else the column's name.
 QString HistoryTableCaption(const QString& table);
-QString HistoryFieldCaption(const QString& table, const QString& field);
 QString HistoryOpCaption(int op);
 
 // One person's history, newest first. A code change leaves the person's earlier rows under his
