@@ -2,7 +2,6 @@
 
 #include "services/ChangeHistory.h"
 #include "services/Lookups.h"
-#include "services/InputAids.h"
 #include "services/ui/ComboLookups.h"
 #include "services/ui/Grid.h"
 #include "services/ui/NamedWidgets.h"

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QGraphicsView>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -141,6 +142,12 @@ private slots:
             QVERIFY2(text.contains(n.name), qPrintable(n.name));
         QVERIFY(text.contains("限10人,共1人"));
         QCOMPARE(test::pdfImages(pdf), 0); // drawn, not a picture
+        // Its fonts travel with it (the column "emb" of every font says yes).
+        const QStringList fonts = test::run("pdffonts", {pdf}).split('\n', Qt::SkipEmptyParts).mid(2);
+        QVERIFY(!fonts.isEmpty());
+        for (const QString& f : fonts)
+            QVERIFY2(QRegularExpression("\\s+yes\\s+(yes|no)\\s+(yes|no)\\s+\\d+\\s+\\d+\\s*$").match(f).hasMatch(),
+                     qPrintable(f));
         QVERIFY(SaveOrgChart(c, "组织机构图", dir.filePath("chart.svg"), &error));
         QFile svg(dir.filePath("chart.svg"));
         QVERIFY(svg.open(QIODevice::ReadOnly));

@@ -155,9 +155,10 @@ void writeGridRows(const QString& table, const QString& fieldList, const ZqGrid&
             ++next;
         if (next < stored.size()) take(w, next);
     }
+    if (!stored.isEmpty()) rs.moveFirst();
     for (int s = 0; s < stored.size(); ++s) {
-        rs.moveFirst();
-        rs.move(s);
+        // To the s-th row as read, deleted ones counted (moveFirst would pass over those).
+        rs.move(s - rs.position());
         const int w = stored[s].takenBy;
         if (w < 0) {
             rs.deleteRow();
