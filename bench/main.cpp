@@ -7,6 +7,7 @@
 
 #include "shell/DbError.h"
 #include "shell/Globals.h"
+#include "shell/HistorySession.h"
 #include "shell/Recordset.h"
 
 #include <algorithm>
@@ -162,6 +163,8 @@ QSqlDatabase openRaw(const ConnectionSettings& s) {
         db.setDatabaseName(s.userPath);
     }
     if (!db.open()) throw DbError(db.lastError().text());
+    // The baselines are plain SQL: they write no change history.
+    SetHistorySession(db, QString(), QString(), false);
     return db;
 }
 

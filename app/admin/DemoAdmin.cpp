@@ -43,7 +43,8 @@ const QString kHelp =
                    "import   从 .xlsx 或 .csv 导入员工 (zqrs-admin import 显示用法)。\n"
                    "backup   在客户端照常工作时备份整个公司 (zqrs-admin backup 显示用法)。\n"
                    "restore  把备份恢复到新的数据库, 逐表核对。\n"
-                   "copy     把整个公司在文件和服务器之间复制, 逐表核对。\n");
+                   "copy     把整个公司在文件和服务器之间复制, 逐表核对。\n"
+                   "history  把一名员工或一段时期的变更记录写为 .xlsx 或 .csv (zqrs-admin history 显示用法)。\n");
 
 struct Parsed {
     QString command;

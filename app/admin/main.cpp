@@ -2,6 +2,7 @@
 
 #include "BackupCommand.h"
 #include "DemoAdmin.h"
+#include "HistoryCommand.h"
 #include "PrintCommand.h"
 
 #include <QApplication>
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     QTextStream out(stdout), err(stderr);
     if (argc > 1 && QByteArray(argv[1]) == "export") return zq::admin::runExport(app.arguments(), out, err);
+    if (argc > 1 && QByteArray(argv[1]) == "history") return zq::admin::runHistory(app.arguments(), out, err);
     if (argc > 1 && QByteArray(argv[1]) == "import") return zq::admin::runImport(app.arguments(), out, err);
     if (argc > 1 && (QByteArray(argv[1]) == "backup" || QByteArray(argv[1]) == "restore" ||
                      QByteArray(argv[1]) == "copy"))

@@ -1,6 +1,7 @@
 #include "Connection.h"
 
 #include "DbError.h"
+#include "HistorySession.h"
 
 #include <QAtomicInt>
 #include <QFileInfo>
@@ -121,6 +122,8 @@ void Connection::open(const ConnectionSettings& s) {
         q.exec(QStringLiteral("pragma cache_size=-65536"));
         q.exec(QStringLiteral("pragma temp_store=memory"));
     }
+    // The change history records who changes what through this connection.
+    TagHistorySession(*this);
 }
 
 void Connection::requireLiteralBackslash() {

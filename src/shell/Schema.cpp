@@ -148,6 +148,16 @@ void addMissingColumns(Connection& c, const QString& table, const QStringList& c
                       QLatin1Char(' ') + columnType(c.dialect(), col));
 }
 
+// A module added after the first seed: the next five positions of the rights string.
+void addModule(Connection& c, const QString& key, const QString& caption0, const QString& caption1) {
+    if (Recordset(c, QStringLiteral("select count(*) from tSysFunc where Model_Name=") + quoted(key)).val(0) > 0)
+        return;
+    const int serial = int(Recordset(c, QStringLiteral("select max(SerialNo) from tSysFunc")).val(0)) + 5;
+    c.execute(QStringLiteral("insert into tSysFunc (SerialNo,Model_Name,Model_Name_0,Model_Name_1,SecondPass,"
+                             "Password,NoUse_) values (?,?,?,?,0,'',0)"),
+              {serial, key, caption0, caption1});
+}
+
 } // namespace
 
 bool splitSpouseTable(Connection& c) {
@@ -219,6 +229,15 @@ const QVector<Step>& steps() {
                  c.execute(QStringLiteral("analyze tRsBasic"));
          }},
         {7,
+         [](Connection& c) {
+             // Every change of a person's records and of the departments is remembered. Databases
+             // of before start with an empty history.
+             createHistoryTriggers(c);
+             // The company report of changes and the organisation chart are modules of the menu.
+             addModule(c, QStringLiteral("mnuRsHistory"), QStringLiteral("人事变动报表"), QStringLiteral("人事變動報表"));
+             addModule(c, QStringLiteral("mnuRsOrgChart"), QStringLiteral("组织机构图"), QStringLiteral("組織機構圖"));
+         }},
+        {8,
          [](Connection& c) {
              // Office keys are unique, so that two clients adding at once get distinct ones.
              for (const UniqueKey& k : kOfficeKeys)
