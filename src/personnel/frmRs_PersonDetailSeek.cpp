@@ -11,7 +11,6 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTimer>
 #include <QVBoxLayout>
 
 namespace zq {
@@ -71,11 +70,12 @@ void frmRs_PersonDetailSeek::showEvent(QShowEvent* event) {
 }
 
 bool frmRs_PersonDetailSeek::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::FocusOut)
+    if (event->type() == QEvent::FocusOut && LeavingJudged(event))
         for (QLineEdit* t : m_text)
             if (watched == t && t->text().contains(QLatin1Char('\''))) {
-                ShowMsg(QStringLiteral("查询条件中，不能包含：引号、单引号...等特殊符号！"), vbExclamation);
-                QTimer::singleShot(0, t, [t] { t->setFocus(); });
+                RefuseLeaving(t, [] {
+                    ShowMsg(QStringLiteral("查询条件中，不能包含：引号、单引号...等特殊符号！"), vbExclamation);
+                });
                 break;
             }
     return QDialog::eventFilter(watched, event);

@@ -403,6 +403,35 @@ private slots:
         QCOMPARE(s.filterString(), QString());
     }
 
+    void twoQuotedSearchBoxesLetTheClerkMove() {
+        frmRs_PersonDetailSeek s;
+        s.show();
+        s.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&s));
+        s.text1(0)->setText(QStringLiteral("琴'"));
+        s.text1(1)->setText(QStringLiteral("书'"));
+        const auto clickInto = [](QLineEdit* box) {
+            QTest::mouseClick(box, Qt::LeftButton);
+            for (int i = 0; i < 3; ++i)
+                QCoreApplication::processEvents();
+        };
+        clickInto(s.text1(0));
+        m_prompts->clear();
+        clickInto(s.text1(1));
+        QCOMPARE(m_prompts->messages().size(), 1);
+        QCOMPARE(QApplication::focusWidget(), s.text1(0));
+        // Told once: the clerk moves on, and the box left next is told once in its turn.
+        clickInto(s.text1(1));
+        QCOMPARE(QApplication::focusWidget(), s.text1(1));
+        QCOMPARE(m_prompts->messages().size(), 1);
+        clickInto(s.text1(0));
+        QCOMPARE(m_prompts->messages().size(), 2);
+        QCOMPARE(QApplication::focusWidget(), s.text1(1));
+        for (int i = 0; i < 10; ++i)
+            QCoreApplication::processEvents();
+        QCOMPARE(m_prompts->messages().size(), 2);
+    }
+
     void browserOpensEveryRecordScreen() {
         QStringList opened;
         setModalRunner([&](QDialog& d) {
