@@ -7,6 +7,7 @@
 
 #include "shell/DbError.h"
 #include "shell/Globals.h"
+#include "shell/HistorySession.h"
 #include "shell/Recordset.h"
 
 #include <algorithm>
@@ -81,6 +82,7 @@ void usage() {
         stderr,
         "usage: zqrs-bench --db FILE [--persons N] [--ops a,b] [--runs N]\n"
         "       zqrs-bench --server HOST[:PORT] --database NAME [--user U] [--password P]\n"
+        "                  [--tls off|require|verify-full] [--tls-root-cert FILE]\n"
         "                  [--persons N] [--ops a,b] [--runs N]\n"
         "A database that does not exist yet is made as a demo company of N persons (default 100000).\n"
         "--list prints the operations.\n");
@@ -103,6 +105,10 @@ std::optional<Options> parse(const QStringList& args, bool& list) {
             o.settings.userId = next();
         else if (a == QLatin1String("--password"))
             o.settings.password = next();
+        else if (a == QLatin1String("--tls")) {
+            if (!ServerTls::parseMode(next(), o.settings.tls.mode)) return std::nullopt;
+        } else if (a == QLatin1String("--tls-root-cert"))
+            o.settings.tls.rootCert = next();
         else if (a == QLatin1String("--ops"))
             o.ops = next().split(QLatin1Char(','), Qt::SkipEmptyParts);
         else if (a == QLatin1String("--runs"))
@@ -128,6 +134,15 @@ std::optional<Options> parse(const QStringList& args, bool& list) {
     return o;
 }
 
+QString rawTlsOptions(const ServerTls& tls) {
+    static const char* const modes[] = {"", "disable", "require", "verify-full"};
+    QString o;
+    if (tls.mode != ServerTls::Mode::Default)
+        o = QStringLiteral("sslmode=") + QLatin1String(modes[int(tls.mode)]);
+    if (!tls.rootCert.isEmpty()) o += QStringLiteral(";sslrootcert=") + tls.rootCert;
+    return o;
+}
+
 QSqlDatabase openRaw(const ConnectionSettings& s) {
     // The same database through the driver alone: no recordset, no dialect, no guards.
     QSqlDatabase db = QSqlDatabase::addDatabase(
@@ -143,10 +158,13 @@ QSqlDatabase openRaw(const ConnectionSettings& s) {
         db.setDatabaseName(s.defaultDb);
         db.setUserName(s.userId);
         db.setPassword(s.password);
+        db.setConnectOptions(rawTlsOptions(s.tls));
     } else {
         db.setDatabaseName(s.userPath);
     }
     if (!db.open()) throw DbError(db.lastError().text());
+    // The baselines are plain SQL: they write no change history.
+    SetHistorySession(db, QString(), QString(), false);
     return db;
 }
 
@@ -201,6 +219,7 @@ int main(int argc, char** argv) {
         g.Password = o.settings.password;
         g.UserID = o.settings.userId;
         g.Default = o.settings.defaultDb;
+        defaultServerTls() = o.settings.tls;
         conn().open(o.settings);
         {
             Recordset rs(conn(), QStringLiteral("select CompName from myCompany"));

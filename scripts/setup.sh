@@ -12,6 +12,8 @@ packages=(
   xvfb xauth
   ccache antiword libzip-dev libxlsxwriter-dev python3 python3-openpyxl
   qt6-charts-dev libqt6opengl6-dev
+  libsqlite3-dev openssl
+  lintian dpkg-dev fakeroot file appstream desktop-file-utils qt6-svg-dev
 )
 
 missing=()

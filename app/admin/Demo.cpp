@@ -7,6 +7,7 @@
 #include "DemoKit.h"
 
 #include "shell/DbError.h"
+#include "shell/HistorySession.h"
 #include "shell/Recordset.h"
 #include "shell/Schema.h"
 
@@ -556,6 +557,8 @@ Summary fillCompany(Connection& c, const Options& o, bool logins) {
     }
     const Company co = build(o, name);
     const FileJournal journal(c);
+    // A company made up at once is no one's change: its history starts empty.
+    const HistoryOff quiet(c);
     Transaction t(c);
     Summary s;
     s.persons = qint64(co.persons.size());

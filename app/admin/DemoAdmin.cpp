@@ -28,6 +28,8 @@ const QString kHelp =
                    "  zqrs-admin upgrade (--db 文件 | --server 主机[:端口] --database 库名 ...)\n"
                    "  zqrs-admin version\n"
                    "  demo 加 --verbose 逐表显示行数和用时。\n"
+                   "  连接服务器时可加 --tls off|require|verify-full 和 --tls-root-cert 根证书文件;\n"
+                   "  verify-full 核对服务器的证书由根证书签发且与主机名相符, 不符时拒绝连接。\n"
                    "\n"
                    "init     建立新数据库: 全部表、版本表和初始数据。已建立的数据库不作任何改动。\n"
                    "         --admin 同时建立第一位系统负责人(登录用户); 不给时第一次登录时设定。\n"
@@ -38,7 +40,11 @@ const QString kHelp =
                    "version  显示程序和数据库结构的版本。\n"
                    "print    打印人员卡片、表格或履历表为 PDF (zqrs-admin print 显示用法)。\n"
                    "export   把表格导出为 .xlsx 或 .csv (zqrs-admin export 显示用法)。\n"
-                   "import   从 .xlsx 或 .csv 导入员工 (zqrs-admin import 显示用法)。\n");
+                   "import   从 .xlsx 或 .csv 导入员工 (zqrs-admin import 显示用法)。\n"
+                   "backup   在客户端照常工作时备份整个公司 (zqrs-admin backup 显示用法)。\n"
+                   "restore  把备份恢复到新的数据库, 逐表核对。\n"
+                   "copy     把整个公司在文件和服务器之间复制, 逐表核对。\n"
+                   "history  把一名员工或一段时期的变更记录写为 .xlsx 或 .csv (zqrs-admin history 显示用法)。\n");
 
 struct Parsed {
     QString command;
@@ -163,25 +169,41 @@ void makeReadOnly(Connection& c) {
         c.execute(QStringLiteral("pragma query_only=1"));
 }
 
+bool DatabaseOptions::readServer(const QCommandLineParser& parser, const QString& host, ConnectionSettings& s,
+                                 QString& error) const {
+    s.sqlData = 1;
+    s.userPath = host;
+    s.defaultDb = parser.value(database);
+    s.userId = parser.value(user);
+    s.password = parser.value(password);
+    if (s.userPath.isEmpty()) {
+        error = QStringLiteral("数据库位置不能为空");
+        return false;
+    }
+    if (s.defaultDb.isEmpty()) {
+        error = QStringLiteral("--server 需要 --database");
+        return false;
+    }
+    if (parser.isSet(tls) && !ServerTls::parseMode(parser.value(tls), s.tls.mode)) {
+        error = QStringLiteral("--tls 须为 off、require 或 verify-full");
+        return false;
+    }
+    s.tls.rootCert = parser.value(tlsRootCert);
+    return true;
+}
+
 bool DatabaseOptions::read(const QCommandLineParser& parser, ConnectionSettings& s, QString& error) const {
     if (parser.isSet(db) == parser.isSet(server)) {
         error = QStringLiteral("请给出 --db 或 --server 之一");
         return false;
     }
-    if (parser.isSet(db)) {
-        s.sqlData = 0;
-        s.userPath = parser.value(db);
-    } else {
-        s.sqlData = 1;
-        s.userPath = parser.value(server);
-        s.defaultDb = parser.value(database);
-        s.userId = parser.value(user);
-        s.password = parser.value(password);
-        if (s.defaultDb.isEmpty()) {
-            error = QStringLiteral("--server 需要 --database");
-            return false;
-        }
+    if (parser.isSet(server)) return readServer(parser, parser.value(server), s, error);
+    if (parser.isSet(tls) || parser.isSet(tlsRootCert)) {
+        error = QStringLiteral("--tls 和 --tls-root-cert 只用于 --server");
+        return false;
     }
+    s.sqlData = 0;
+    s.userPath = parser.value(db);
     if (s.userPath.isEmpty()) {
         error = QStringLiteral("数据库位置不能为空");
         return false;

@@ -20,15 +20,21 @@ int run(const QStringList& args, QTextStream& out, QTextStream& err);
 void makeReadOnly(Connection& c);
 
 // The database options every command takes: --db FILE, or --server HOST[:PORT] --database NAME
-// [--user U] [--password P].
+// [--user U] [--password P] [--tls off|require|verify-full] [--tls-root-cert FILE].
 struct DatabaseOptions {
     QCommandLineOption db{QStringLiteral("db"), QString(), QStringLiteral("file")};
     QCommandLineOption server{QStringLiteral("server"), QString(), QStringLiteral("host")};
     QCommandLineOption database{QStringLiteral("database"), QString(), QStringLiteral("name")};
     QCommandLineOption user{QStringLiteral("user"), QString(), QStringLiteral("user")};
     QCommandLineOption password{QStringLiteral("password"), QString(), QStringLiteral("password")};
+    QCommandLineOption tls{QStringLiteral("tls"), QString(), QStringLiteral("mode")};
+    QCommandLineOption tlsRootCert{QStringLiteral("tls-root-cert"), QString(), QStringLiteral("file")};
 
-    QList<QCommandLineOption> all() const { return {db, server, database, user, password}; }
+    QList<QCommandLineOption> all() const { return {db, server, database, user, password, tls, tlsRootCert}; }
+    // The server's options alone (--server ... --tls-root-cert), for commands that name the file
+    // database their own way.
+    bool readServer(const QCommandLineParser& parser, const QString& host, ConnectionSettings& s,
+                    QString& error) const;
     // The settings the options name; false with the message to show on a mistake.
     bool read(const QCommandLineParser& parser, ConnectionSettings& s, QString& error) const;
 };

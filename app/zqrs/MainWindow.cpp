@@ -40,8 +40,8 @@ struct Menu {
 
 const std::vector<Menu>& menus() {
     static const std::vector<Menu> m = {
-        {"人事档案(&R)", {"mnuRsManIn", "mnuRsManOut", "", "mnuRsTotal"}},
-        {"组织机构(&G)", {"mnuRsbm", "mnuRsSysBm", "", "mnuRsOthMove"}},
+        {"人事档案(&R)", {"mnuRsManIn", "mnuRsManOut", "", "mnuRsTotal", "mnuRsHistory"}},
+        {"组织机构(&G)", {"mnuRsbm", "mnuRsSysBm", "mnuRsOrgChart", "", "mnuRsOthMove"}},
         {"资产设施(&A)",
          {"mnuRsOthHoldCard", "", "mnuRsOthLoanGoods", "mnuRsOthTools", "", "mnuRsHouseSet",
           "mnuRsHouseLook"}},

@@ -74,6 +74,9 @@ int main(int argc, char** argv) {
     const QCommandLineOption database("database", "Database on the server.", "NAME");
     const QCommandLineOption user("user", "Login on the server.", "U");
     const QCommandLineOption password("password", "Password of the server login.", "P");
+    const QCommandLineOption tls("tls", "Protection of the connection to the server: off, require or "
+                                        "verify-full (the server's certificate is checked).", "MODE");
+    const QCommandLineOption tlsRootCert("tls-root-cert", "Root certificate that signs the server's.", "FILE");
     const QCommandLineOption name("name", "Offer this user in the login, which asks the password.", "NAME");
     const QCommandLineOption language("language", "0 simplified Chinese, 1 traditional Chinese.", "0|1");
     const QCommandLineOption demo("demo", "Open the demo company; make it first when it is missing "
@@ -82,8 +85,13 @@ int main(int argc, char** argv) {
     const QCommandLineOption settingsFile("settings", "Keep the settings in this file.", "FILE");
     const QCommandLineOption menu("menu", "Run one menu key after start.", "KEY");
     parser.addOptions(
-        {db, server, database, user, password, name, language, demo, company, settingsFile, menu});
+        {db, server, database, user, password, tls, tlsRootCert, name, language, demo, company, settingsFile, menu});
     parser.process(app);
+    if (parser.isSet(tls) && !zq::ServerTls::parseMode(parser.value(tls), zq::defaultServerTls().mode)) {
+        std::fprintf(stderr, "zqrs: --tls takes off, require or verify-full\n");
+        return 2;
+    }
+    zq::defaultServerTls().rootCert = parser.value(tlsRootCert);
 
     std::unique_ptr<QSettings> settings =
         parser.isSet(settingsFile)

@@ -250,13 +250,18 @@ EntryCheck CheckCardEntry(const CardEntry& e, const QStringList& captions) {
     return {};
 }
 
-void SaveCard(const CardEntry& e) {
+void SaveCard(const CardEntry& e, const RowSnapshot& loaded) {
     Connection& c = conn();
     Transaction t(c);
     Recordset rs(c,
                  QStringLiteral("select * from trscard where cardcode=") + quoted(e.fields[3]) +
                      QStringLiteral(" and fcode=") + quoted(e.fields[0]),
                  Cursor::Keyset, Lock::Optimistic);
+    // The certificate on show is written only as it was read; a new number or person is another
+    // certificate, added or written over as on adding.
+    if (loaded.value(QStringLiteral("cardcode")) == e.fields[3] &&
+        loaded.value(QStringLiteral("fcode")) == e.fields[0])
+        RequireUnchanged(loaded, rs);
     if (rs.eof()) rs.addNew();
     const QStringList& f = CardFields();
     for (int i : {0, 1, 2, 3, 4, 7})

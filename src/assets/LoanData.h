@@ -96,8 +96,10 @@ struct CardEntry {
     QString fields[9];
 };
 EntryCheck CheckCardEntry(const CardEntry& e, const QStringList& captions);
-// Writes the certificate over the row of the same person and number, or adds it.
-void SaveCard(const CardEntry& e);
+// Writes the certificate over the row of the same person and number, or adds it. A change of the
+// certificate read as `loaded` (same person and number) that another client changed or deleted
+// meanwhile is a ConflictError.
+void SaveCard(const CardEntry& e, const RowSnapshot& loaded = {});
 // The first certificate of a number (any person); empty when none.
 RowSnapshot ReadCardByNumber(const QString& number);
 // Deletes the certificate of a person and number; it must still be there.

@@ -212,7 +212,26 @@ void SeekEntryScreen::finishLayout() {
     layout->addWidget(m_sbar);
     for (auto it = m_check1.begin(); it != m_check1.end(); ++it)
         emit it.value()->toggled(false);
+    orderTabs();
     resize(980, 640);
+}
+
+void SeekEntryScreen::orderTabs() {
+    // Tab (and Enter, which sends it) goes through a panel in the order it is read: the search rows,
+    // the buttons, then the entry boxes by index. The boxes are made row by row for both panels,
+    // which left the entry's next box in the search panel.
+    QList<QWidget*> chain;
+    for (auto it = m_check1.begin(); it != m_check1.end(); ++it)
+        chain << it.value() << m_seekInputs.value(it.key());
+    chain << m_cmdSeek << m_cmdStaff << m_cmdAdd << m_cmdChg << m_cmdDEL << m_cmdPrint << m_cmdQuit;
+    QMap<int, QWidget*> entries;
+    for (auto it = m_text3.begin(); it != m_text3.end(); ++it)
+        if (!it.value()->isHidden()) entries.insert(it.key(), it.value());
+    for (auto it = m_entryDates.begin(); it != m_entryDates.end(); ++it)
+        entries.insert(it.key(), it.value());
+    chain << entries.values() << m_cmdStaff2 << m_cmdOk << m_cmdCancel << m_grid;
+    for (int i = 1; i < chain.size(); ++i)
+        setTabOrder(chain.at(i - 1), chain.at(i));
 }
 
 void SeekEntryScreen::reject() {
@@ -236,6 +255,17 @@ bool SeekEntryScreen::passes(const EntryCheck& check) {
         box->selectAll();
     }
     return false;
+}
+
+bool SeekEntryScreen::entryFreeOfQuotes() {
+    for (QLineEdit* box : std::as_const(m_text3)) {
+        if (box->isHidden() || !box->text().contains(QLatin1Char('\''))) continue;
+        tell(quoteMessage(), quoteStyle());
+        box->setFocus();
+        box->selectAll();
+        return false;
+    }
+    return true;
 }
 
 bool SeekEntryScreen::confirm(const QString& message, const QString& title) {
@@ -435,14 +465,13 @@ bool SeekEntryScreen::eventFilter(QObject* watched, QEvent* event) {
     const QVariant entry = box->property("entryIndex");
     if (event->type() == QEvent::FocusIn && entry.isValid()) {
         entryFocused(entry.toInt());
-    } else if (event->type() == QEvent::FocusOut) {
-        // A quote never reaches a statement: the box refuses it on leaving.
+    } else if (event->type() == QEvent::FocusOut && LeavingJudged(event)) {
+        // A quote never reaches a statement: the box refuses it on leaving, and the save again.
         if (box->text().contains(QLatin1Char('\''))) {
-            ShowMsg(quoteMessage(), quoteStyle(), windowTitle());
-            box->setFocus();
-            box->selectAll();
-        } else if (entry.isValid() && !entryLeft(entry.toInt())) {
-            box->setFocus();
+            RefuseLeaving(box, [this] { ShowMsg(quoteMessage(), quoteStyle(), windowTitle()); });
+        } else if (entry.isValid()) {
+            const QString refusal = entryLeft(entry.toInt());
+            if (!refusal.isEmpty()) RefuseLeaving(box, [this, refusal] { tell(refusal); });
         }
     } else if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();

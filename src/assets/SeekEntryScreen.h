@@ -82,10 +82,10 @@ protected:
     virtual bool servingOnlyLookup() const { return false; }
     // Labels whose right click needs no brief list.
     virtual void keyLabelRightClick() {}
-    // Leaving an entry box: false keeps the focus there.
-    virtual bool entryLeft(int index) {
+    // Leaving an entry box: what refuses its text (the message), empty when nothing does.
+    virtual QString entryLeft(int index) {
         (void)index;
-        return true;
+        return {};
     }
     // Enter in an entry box before the focus moves on.
     virtual void entryEnter(int index) { (void)index; }
@@ -102,6 +102,8 @@ protected:
     bool tell(const QString& message, int style = 48);
     // Tells what stops a save and goes to its box; true when nothing does.
     bool passes(const EntryCheck& check);
+    // A quote left in an entry box stops the save with the message of leaving it.
+    bool entryFreeOfQuotes();
     bool confirm(const QString& message, const QString& title = {});
     QLineEdit* entryBox(int index) const { return m_text3.value(index); }
     QLabel* label(int index) const { return m_labels.value(index); }
@@ -139,6 +141,7 @@ protected:
 
 private:
     void wireBox(QLineEdit* box);
+    void orderTabs();
 };
 
 } // namespace zq

@@ -4,6 +4,7 @@
 #include "services/Lookups.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
+#include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
 #include "shell/Globals.h"
@@ -158,9 +159,11 @@ void frmRs_Goods::formatMoney(int index) {
 
 void frmRs_Goods::entryFocused(int index) {
     QLineEdit* box = entryBox(index);
-    if ((index == 4 || index == 7) && box->text().isEmpty()) box->setText(QStringLiteral("0"));
+    // An empty amount offers its zero selected, as a date box offers today: what the clerk types
+    // replaces it.
+    if (index == 4 || index == 7) OfferText(box, QStringLiteral("0"));
     if (index == 5 || index == 6) {
-        if (box->text().isEmpty()) box->setText(QStringLiteral("0.00"));
+        OfferText(box, QStringLiteral("0.00"));
         formatMoney(index);
     }
 }
@@ -169,7 +172,9 @@ void frmRs_Goods::entryEnter(int index) {
     if (index == 5 || index == 6) formatMoney(index);
 }
 
-bool frmRs_Goods::entryLeft(int index) {
+QString frmRs_Goods::entryLeft(int index) {
+    // An amount stands as it is stored, whichever way the clerk leaves its box.
+    if (index == 5 || index == 6) formatMoney(index);
     if (index == 4 || index == 5) {
         bool tooLarge = false;
         entryBox(6)->setText(LoanSubtotal(entryText(4), entryText(5), &tooLarge));
@@ -177,14 +182,14 @@ bool frmRs_Goods::entryLeft(int index) {
     }
     if (index == 10 && !entryText(10).isEmpty() && !ParseDate(entryText(10)).isValid()) {
         const QString today = QDate::currentDate().toString(Qt::ISODate);
-        tell(today + QStringLiteral("日期格式输入错误,应如:"));
         entryBox(10)->setText(today);
-        return false;
+        return today + QStringLiteral("日期格式输入错误,应如:");
     }
-    return true;
+    return {};
 }
 
 void frmRs_Goods::cmdOk_Click() {
+    if (!entryFreeOfQuotes()) return;
     LoanEntry e;
     for (int i = 0; i < 12; ++i)
         e.fields[i] = i == 9 ? QString() : entryText(i);

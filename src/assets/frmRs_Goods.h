@@ -30,7 +30,7 @@ protected:
     bool startChanging() override;
     void deleteActive() override;
     bool prepareSeek() override;
-    bool entryLeft(int index) override;
+    QString entryLeft(int index) override;
     void entryEnter(int index) override;
     void entryFocused(int index) override;
     QString quoteMessage() const override { return QStringLiteral("您不能输入单引号,请删除!"); }

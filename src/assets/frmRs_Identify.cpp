@@ -119,7 +119,9 @@ void frmRs_Identify::fillGrid(Recordset& rs) {
     }
     const QStringList list = m_fields.split(QLatin1Char(','));
     QVector<QStringList> rows;
+    m_rowsRead.clear();
     for (rs.moveFirst(); !rs.eof(); rs.moveNext()) {
+        m_rowsRead << Snapshot(rs);
         QStringList cells;
         const auto dept = depts.constFind(rs.text(QStringLiteral("fcode")));
         if (dept != depts.constEnd() && !dept->isEmpty() && dept->contains(G().DeptScope))
@@ -134,6 +136,7 @@ void frmRs_Identify::fillGrid(Recordset& rs) {
 
 void frmRs_Identify::startAdding() {
     m_pict->setProperty("Tag", 1);
+    m_loadedRow.clear();
     m_entryDates[5]->setDate(QDate::currentDate());
     m_entryDates[6]->setDate(QDate::currentDate());
 }
@@ -145,6 +148,8 @@ bool frmRs_Identify::startChanging() {
         return false;
     }
     m_pict->setProperty("Tag", 2);
+    // What the grid shows is what a save must still find, or another client changed it meanwhile.
+    m_loadedRow = m_rowsRead.value(row - 1);
     const QStringList list = m_fields.toLower().split(QLatin1Char(','));
     for (int i = 0; i < 9; ++i) {
         const int col = list.indexOf(CardFields().at(i).toLower()) + 1;
@@ -157,25 +162,22 @@ void frmRs_Identify::keyLabelRightClick() {
     tell(QStringLiteral("无须备选项目设置!"), 64);
 }
 
-bool frmRs_Identify::entryLeft(int index) {
-    if (index != 8) return true;
+QString frmRs_Identify::entryLeft(int index) {
+    if (index != 8) return {};
     QLineEdit* box = entryBox(8);
-    if (!box->text().isEmpty() && !IsNumericText(box->text())) {
-        tell(QStringLiteral("培训费用必须为数字型!"));
-        box->selectAll();
-        return false;
-    }
+    if (!box->text().isEmpty() && !IsNumericText(box->text())) return QStringLiteral("培训费用必须为数字型!");
     box->setText(QString::number(Val(box->text()), 'f', 2));
-    return true;
+    return {};
 }
 
 void frmRs_Identify::cmdOk_Click() {
+    if (!entryFreeOfQuotes()) return;
     CardEntry e;
     for (int i = 0; i < 9; ++i)
         e.fields[i] = entryText(i);
     if (!passes(CheckCardEntry(e, captions()))) return;
     if (ShowMsg(QStringLiteral("确定：保存当前记录？"), vbYesNo + vbQuestion) != vbYes) return;
-    if (!SaveOrTell(this, [&] { SaveCard(e); })) return;
+    if (!SaveOrTell(this, [&] { SaveCard(e, m_loadedRow); })) return;
     tell(QStringLiteral("存盘完毕!"), 64);
     if (m_pict->property("Tag").toInt() == 2) {
         cmdCancel_Click();
@@ -200,6 +202,7 @@ void frmRs_Identify::deleteActive() {
         return;
     if (!SaveOrTell(this, [&] { DeleteCard(card.value(QStringLiteral("fcode")), number); })) return;
     m_grid->removeRow(row);
+    if (row - 1 < m_rowsRead.size()) m_rowsRead.remove(row - 1);
 }
 
 } // namespace zq

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "assets/SeekEntryScreen.h"
+#include "shell/Recordset.h"
 
 namespace zq {
 
@@ -26,12 +27,14 @@ protected:
     bool prepareSeek() override;
     bool servingOnlyLookup() const override { return true; }
     void keyLabelRightClick() override;
-    bool entryLeft(int index) override;
+    QString entryLeft(int index) override;
     QString quoteMessage() const override { return QStringLiteral(" 您输入了单引号,请删除！"); }
     int quoteStyle() const override { return 48; }
 
 private:
     QString m_fields;
+    QVector<RowSnapshot> m_rowsRead; // each grid row's certificate as the search read it
+    RowSnapshot m_loadedRow;         // the certificate in the panel, when changing
 };
 
 } // namespace zq

@@ -23,9 +23,8 @@ QString ListSql(const QString& filter) {
     return office::DeptListSql(kTable, filter);
 }
 
-int WriteMeeting(int id, const Meeting& m, const RowSnapshot& loaded) {
-    const bool adding = id == 0;
-    if (adding) id = office::NextKey(kTable, true);
+namespace {
+void writeMeetingRow(int id, bool adding, const Meeting& m, const RowSnapshot& loaded) {
     Recordset rs(conn(), QStringLiteral("select * from tRs_meeting Where fID=") + num(id), Cursor::Keyset,
                  Lock::Optimistic);
     if (adding) {
@@ -46,6 +45,13 @@ int WriteMeeting(int id, const Meeting& m, const RowSnapshot& loaded) {
     rs.setValue(QStringLiteral("fNews"), m.news ? 1 : 0);
     rs.setValue(QStringLiteral("fBmName"), m.dept);
     rs.update();
+}
+} // namespace
+
+int WriteMeeting(int id, const Meeting& m, const RowSnapshot& loaded) {
+    if (id == 0)
+        return office::AddWithNewKey(kTable, true, [&](int newId) { writeMeetingRow(newId, true, m, {}); });
+    writeMeetingRow(id, false, m, loaded);
     return id;
 }
 

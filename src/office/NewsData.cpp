@@ -15,9 +15,8 @@ QString ListSql(const QString& filter) {
     return office::DeptListSql(kTable, filter);
 }
 
-int WriteNotice(int id, const Notice& n, const RowSnapshot& loaded) {
-    const bool adding = id == 0;
-    if (adding) id = office::NextKey(kTable, true);
+namespace {
+void writeNoticeRow(int id, bool adding, const Notice& n, const RowSnapshot& loaded) {
     Recordset rs(conn(), QStringLiteral("select * from tRs_news Where fID=") + num(id), Cursor::Keyset,
                  Lock::Optimistic);
     if (adding) {
@@ -32,6 +31,13 @@ int WriteNotice(int id, const Notice& n, const RowSnapshot& loaded) {
     rs.setValue(QStringLiteral("fContent"), n.content);
     rs.setValue(QStringLiteral("fBmName"), n.dept);
     rs.update();
+}
+} // namespace
+
+int WriteNotice(int id, const Notice& n, const RowSnapshot& loaded) {
+    if (id == 0)
+        return office::AddWithNewKey(kTable, true, [&](int newId) { writeNoticeRow(newId, true, n, {}); });
+    writeNoticeRow(id, false, n, loaded);
     return id;
 }
 

@@ -59,17 +59,33 @@ int NextKey(const QString& table, bool sixteenBits) {
     return int(next);
 }
 
+int AddWithNewKey(const QString& table, bool sixteenBits, const std::function<void(int)>& insert) {
+    // Each try reads the maximum anew, which then holds the other client's committed row. The
+    // failed insert undoes only itself (a statement savepoint), so the transaction goes on.
+    constexpr int kTries = 50;
+    for (int attempt = 1;; ++attempt) {
+        const int id = NextKey(table, sixteenBits);
+        try {
+            insert(id);
+            return id;
+        } catch (const DuplicateKeyError&) {
+            if (attempt == kTries) throw;
+        }
+    }
+}
+
 QString PostedStamp() {
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"));
 }
 
 void ForwardNotice(const QDate& date, const QString& text, const QString& dept) {
-    const int id = NextKey(QStringLiteral("tRs_News"), false);
-    // The text goes in as it stands: a quote fails the statement, and with it the whole save.
-    conn().executeOne(QStringLiteral("Insert Into tRs_News (fID,fDate,fContent,fBmName,fPosted) values (") +
-                      num(id) + QLatin1Char(',') + DateText(date) + QLatin1Char(',') + quoted(text) +
-                      QLatin1Char(',') + quoted(dept) + QLatin1Char(',') + quoted(PostedStamp()) +
-                      QLatin1Char(')'));
+    AddWithNewKey(QStringLiteral("tRs_News"), false, [&](int id) {
+        // The text goes in as it stands: a quote fails the statement, and with it the whole save.
+        conn().executeOne(
+            QStringLiteral("Insert Into tRs_News (fID,fDate,fContent,fBmName,fPosted) values (") + num(id) +
+            QLatin1Char(',') + DateText(date) + QLatin1Char(',') + quoted(text) + QLatin1Char(',') +
+            quoted(dept) + QLatin1Char(',') + quoted(PostedStamp()) + QLatin1Char(')'));
+    });
 }
 
 void DeleteRow(const QString& table, int id) {

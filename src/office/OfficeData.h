@@ -3,6 +3,8 @@
 #include <QDate>
 #include <QString>
 
+#include <functional>
+
 namespace zq::office {
 
 // Statements the three office screens (reports, meetings, notices) share. Failing statements reach
@@ -37,6 +39,10 @@ QString DeptListSql(const QString& table, const QString& filter);
 // The next key of a table: the present maximum plus 1. Meetings and notices keep it in 16 bits,
 // so there a key above 32767 is refused with DbError.
 int NextKey(const QString& table, bool sixteenBits);
+// Adds a row under the next key: `insert` writes it under the key it is given. When another client
+// took that key meanwhile the unique key refuses the row, and the key after it is tried. Gives the
+// key the row was stored under.
+int AddWithNewKey(const QString& table, bool sixteenBits, const std::function<void(int)>& insert);
 
 // When a notice is posted, to the millisecond, as the unread count compares it.
 QString PostedStamp();

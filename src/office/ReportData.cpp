@@ -78,19 +78,18 @@ int FirstFreeChecker(const QStringList& checkers) {
     return -1;
 }
 
-int WriteReport(int id, const Report& r, const RowSnapshot& loaded) {
-    const bool adding = id == 0;
+namespace {
+void writeReportRow(int id, bool adding, const Report& r, const RowSnapshot& loaded) {
     Recordset rs(conn(),
                  QStringLiteral("select * from tRs_RptFlow where ") +
                      (adding ? QStringLiteral("1=2") : QStringLiteral("fID=") + num(id)),
                  Cursor::Static, Lock::Optimistic);
-    if (!adding) RequireUnchanged(loaded, rs);
     if (adding) {
-        id = office::NextKey(kTable, false);
         rs.addNew();
         rs.setValue(QStringLiteral("fID"), id);
-    } else if (rs.eof()) {
-        throw DbError(QStringLiteral("报告记录已不存在"));
+    } else {
+        RequireUnchanged(loaded, rs);
+        if (rs.eof()) throw DbError(QStringLiteral("报告记录已不存在"));
     }
     rs.setValue(QStringLiteral("fDate"), r.date.toString(QStringLiteral("yyyy-MM-dd")));
     rs.setValue(QStringLiteral("fTitle"), r.title);
@@ -106,6 +105,13 @@ int WriteReport(int id, const Report& r, const RowSnapshot& loaded) {
     rs.setValue(QStringLiteral("fNews"), r.news ? 1 : 0);
     rs.setValue(QStringLiteral("fBmName"), r.dept);
     rs.update();
+}
+} // namespace
+
+int WriteReport(int id, const Report& r, const RowSnapshot& loaded) {
+    if (id == 0)
+        return office::AddWithNewKey(kTable, false, [&](int newId) { writeReportRow(newId, true, r, {}); });
+    writeReportRow(id, false, r, loaded);
     return id;
 }
 

@@ -61,11 +61,15 @@ QString MoveHistoryYear(const QDate& date) {
     return QStringLiteral("... ～") + date.toString(QStringLiteral("yyyy-MM-dd"));
 }
 
-MoveSaveResult SaveMoveOrder(const MoveOrder& o, int mode) {
+MoveSaveResult SaveMoveOrder(const MoveOrder& o, int mode, const RowSnapshot& loaded) {
     Transaction tx(conn());
     Recordset rs(conn(),
                  QStringLiteral("select * from trsPersonMove Where moveNmb=") + MoveNumberText(o.moveNmb),
                  Cursor::Keyset, Lock::Optimistic);
+    // The order on show is written only while it is as it was read: gone, it is not made again.
+    if (mode == 2 && !loaded.isEmpty() &&
+        MoveNumberText(loaded.value(QStringLiteral("movenmb"))) == MoveNumberText(o.moveNmb))
+        RequireUnchanged(loaded, rs);
     if (rs.eof())
         rs.addNew();
     else if (mode == 1)

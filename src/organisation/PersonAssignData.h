@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/Recordset.h"
+
 #include <optional>
 #include <QDate>
 #include <QString>
@@ -51,9 +53,12 @@ QString MoveNumberText(const QString& moveNmb);
 enum class MoveSaveResult { Saved, NumberInUse };
 
 // Writes the order, and the history row when the department changes, in one transaction. In mode 1
-// (add) an order of the same number is refused; in mode 2 (change) it is overwritten. A failed
-// statement rolls everything back and throws DbError.
-MoveSaveResult SaveMoveOrder(const MoveOrder& order, int mode);
+// (add) an order of the same number is refused; in mode 2 (change) it is overwritten. A change of
+// the order read as `loaded` (fields by lower-cased name, as the list read them) that another
+// client changed or deleted meanwhile is refused with ConflictError; a change that moves the order
+// to another number leaves the order read as it is. A failed statement rolls everything back and
+// throws DbError.
+MoveSaveResult SaveMoveOrder(const MoveOrder& order, int mode, const RowSnapshot& loaded = {});
 
 // The open period a transfer closes, as the history shows it.
 QString MoveHistoryYear(const QDate& date);

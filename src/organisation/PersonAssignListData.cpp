@@ -95,6 +95,16 @@ bool DeleteMoveOrder(const QString& name, const QString& number) {
     return true;
 }
 
+const QStringList& MoveListColumns() {
+    static const QStringList c = [] {
+        QStringList l;
+        for (const char* name : kColumns)
+            l << QLatin1String(name);
+        return l;
+    }();
+    return c;
+}
+
 const QStringList& MovePrintCaptions() {
     static const QStringList c{"调令号", "姓名",   "工号",   "原工种", "原单位", "原部门",
                                "现单位", "现部门", "现工种", "负责人", "填表人", "填表日期"};

@@ -46,6 +46,9 @@ QVector<QStringList> MoveListRows(const QString& sql);
 // Deletes the order of this name and number in a transaction; false when there is none.
 bool DeleteMoveOrder(const QString& name, const QString& number);
 
+// The fields of the list's columns 1 to 12.
+const QStringList& MoveListColumns();
+
 // The twelve captions of a printed order, paired with the list's columns 1 to 12 in order.
 const QStringList& MovePrintCaptions();
 

@@ -21,6 +21,7 @@
 #include "shell/Recordset.h"
 #include "shell/Rights.h"
 #include "shell/SqlText.h"
+#include "shell/ui/Commands.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -129,6 +130,11 @@ void frmRs_Dept::buildControls() {
     top->addWidget(m_chkBmList);
     top->addWidget(m_cmdListOption);
     top->addStretch();
+    // The tree drawn as a chart.
+    auto* chart = NamedButton(this, "cmdOrgChart", QStringLiteral("组织机构图"));
+    chart->setEnabled(hasForm(QStringLiteral("frmRs_OrgChart")));
+    connect(chart, &QPushButton::clicked, this, [this] { openForm(QStringLiteral("frmRs_OrgChart"), this); });
+    top->addWidget(chart);
     top->addWidget(m_cmdQuit);
 
     // Left: the choice of department and the tree.

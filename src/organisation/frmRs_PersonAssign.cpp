@@ -255,6 +255,10 @@ void frmRs_PersonAssign::cmdChg_Click() {
         return;
     }
     const auto cell = [&](int c) { return m_grid->text(row, c).trimmed(); };
+    // The order as listed, for the dialog's save to tell whether another client changed it since.
+    QVariantMap loaded;
+    for (int c = 1; c <= 12; ++c)
+        loaded.insert(MoveListColumns().at(c - 1), m_grid->text(row, c));
     openForm(QStringLiteral("frmRs_PersonAssignOk"), this,
              {{QStringLiteral("Text1_2"), cell(1)},
               {QStringLiteral("Text1_1"), cell(2)},
@@ -269,6 +273,7 @@ void frmRs_PersonAssign::cmdChg_Click() {
               {QStringLiteral("Text1_10"), cell(11)},
               {QStringLiteral("DTPStart"), QDate::fromString(cell(12), Qt::ISODate)},
               {QStringLiteral("Caption"), QStringLiteral("调令修改")},
+              {QStringLiteral("Loaded"), loaded},
               {QStringLiteral("cmdOkTag"), 2}});
     cmdSeek_Click();
 }

@@ -193,6 +193,19 @@ void frmRs_PersonAssignOk::setDate(const QDate& d) {
     m_dtpStart->setDate(d);
 }
 
+QVariantMap frmRs_PersonAssignOk::loaded() const {
+    QVariantMap row;
+    for (auto it = m_loadedOrder.cbegin(); it != m_loadedOrder.cend(); ++it)
+        row.insert(it.key(), it.value());
+    return row;
+}
+
+void frmRs_PersonAssignOk::setLoaded(const QVariantMap& row) {
+    m_loadedOrder.clear();
+    for (auto it = row.cbegin(); it != row.cend(); ++it)
+        m_loadedOrder.insert(it.key().toLower(), it.value().toString());
+}
+
 void frmRs_PersonAssignOk::showEvent(QShowEvent* event) {
     if (!m_loaded) load();
     QDialog::showEvent(event);
@@ -387,7 +400,7 @@ MoveOrder frmRs_PersonAssignOk::order() const {
 void frmRs_PersonAssignOk::cmdOk_Click() {
     if (!confirmed()) return;
     MoveSaveResult result;
-    if (!SaveOrTell(this, [&] { result = SaveMoveOrder(order(), m_mode); })) return;
+    if (!SaveOrTell(this, [&] { result = SaveMoveOrder(order(), m_mode, m_loadedOrder); })) return;
     if (result == MoveSaveResult::NumberInUse) {
         refuse(QStringLiteral("调令号已有存在，请调整号码！"), box(0), true);
         return;

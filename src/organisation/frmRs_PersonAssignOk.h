@@ -1,8 +1,11 @@
 #pragma once
 
+#include "shell/Recordset.h"
+
 #include <QDate>
 #include <QDialog>
 #include <QString>
+#include <QVariantMap>
 
 class QComboBox;
 class QDateEdit;
@@ -37,6 +40,8 @@ class frmRs_PersonAssignOk : public QDialog {
     Q_PROPERTY(QString cboNewUnit READ newUnit WRITE setNewUnit)
     Q_PROPERTY(QString cboNewDept READ newDept WRITE setNewDept)
     Q_PROPERTY(QDate DTPStart READ date WRITE setDate)
+    // The order as the list read it, by lower-cased field name: a change saves only while it is so.
+    Q_PROPERTY(QVariantMap Loaded READ loaded WRITE setLoaded)
 
 public:
     explicit frmRs_PersonAssignOk(QWidget* parent = nullptr);
@@ -70,6 +75,8 @@ public:
     void setNewDept(const QString& v) { setPlace(7, v); }
     QDate date() const;
     void setDate(const QDate& d);
+    QVariantMap loaded() const;
+    void setLoaded(const QVariantMap& row);
 
     void load();
     // A Text1 box takes the focus: in add mode the number is proposed afresh.
@@ -97,6 +104,7 @@ private:
     bool m_loaded = false;
     bool m_dateAssigned = false;
     int m_mode = 1;
+    RowSnapshot m_loadedOrder;
     QLineEdit* m_text1[11] = {};
     QLabel* m_label2[11] = {};
     QComboBox* m_cboOldUnit;

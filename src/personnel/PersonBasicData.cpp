@@ -3,9 +3,11 @@
 #include "personnel/PersonCodeCascade.h"
 #include "printing/Photos.h"
 #include "shell/Connection.h"
+#include "shell/DbError.h"
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <QCryptographicHash>
 #include <QDate>
 #include <QFile>
 #include <QRegularExpression>
@@ -157,10 +159,12 @@ void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode
     tx.commit();
 }
 
-bool StorePersonPhoto(const QString& code, const QString& path) {
+bool StorePersonPhoto(const QString& code, const QString& path, const std::optional<QByteArray>& loaded) {
     Recordset rs(conn(), QStringLiteral("Select fphoto,fcode from trsBasic where fcode=") + quoted(code),
                  Cursor::Keyset, Lock::Optimistic);
     if (rs.eof()) return true;
+    // The write below changes the row only while it still holds the photo read here.
+    if (loaded && PhotoDigest(rs.value(0).toByteArray()) != *loaded) throw ConflictError();
     if (path.isEmpty()) {
         // A save without a newly chosen picture clears the stored one.
         rs.setValue(0, QVariant(QMetaType(QMetaType::QByteArray)));
@@ -178,6 +182,10 @@ bool StorePersonPhoto(const QString& code, const QString& path) {
     rs.setValue(0, data);
     rs.update();
     return true;
+}
+
+QByteArray PhotoDigest(const QByteArray& photo) {
+    return QCryptographicHash::hash(photo, QCryptographicHash::Sha1);
 }
 
 QByteArray PersonPhoto(const QString& code) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
@@ -57,10 +59,15 @@ void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode
                      const PersonBasicRow& loaded);
 
 // Stores the picture file as the person's photo; an empty path clears the stored photo. False when
-// the file cannot be read or written. An empty file leaves the photo as it is.
-bool StorePersonPhoto(const QString& code, const QString& path);
+// the file cannot be read or written. An empty file leaves the photo as it is. With `loaded`, the
+// digest (PhotoDigest) of the photo the screen showed, a photo another client changed meanwhile is
+// left as it is and the write refused with ConflictError.
+bool StorePersonPhoto(const QString& code, const QString& path,
+                      const std::optional<QByteArray>& loaded = std::nullopt);
 // The stored photo bytes (empty when none).
 QByteArray PersonPhoto(const QString& code);
+// A short fingerprint of a photo, to tell at a save whether it is still the one read.
+QByteArray PhotoDigest(const QByteArray& photo);
 
 // A date typed in any of the usual ways as yyyy-mm-dd; the text as it was when it is no date.
 QString FormatIsoDate(const QString& text);

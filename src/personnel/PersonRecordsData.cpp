@@ -25,12 +25,9 @@ QStringList readFields(Recordset& rs, const QStringList& fields) {
     return values;
 }
 
-// Writes a person's one row of a table in one transaction: the row as it stands must be the row
-// that was read (none when none was), then it is added or updated.
-void writePersonRow(const QString& table, const QString& code, const QStringList& fields,
-                    const QStringList& values, const RowSnapshot& loaded) {
-    Transaction t(conn());
-    Recordset rs(conn(), personRow(table, code), Cursor::Keyset, Lock::Optimistic);
+// Opens the one row of a statement for writing: the row as it stands must be the row that was
+// read, or none when none was (then it is added, with `fcode`).
+void openReadRow(Recordset& rs, const QString& code, const RowSnapshot& loaded) {
     if (loaded.isEmpty()) {
         if (!rs.eof()) throw ConflictError(); // another client made it meanwhile
         rs.addNew();
@@ -38,6 +35,14 @@ void writePersonRow(const QString& table, const QString& code, const QStringList
     } else {
         RequireUnchanged(loaded, rs);
     }
+}
+
+// Writes a person's one row of a table in one transaction, as it was read.
+void writePersonRow(const QString& table, const QString& code, const QStringList& fields,
+                    const QStringList& values, const RowSnapshot& loaded) {
+    Transaction t(conn());
+    Recordset rs(conn(), personRow(table, code), Cursor::Keyset, Lock::Optimistic);
+    openReadRow(rs, code, loaded);
     for (int i = 0; i < fields.size(); ++i)
         rs.setValue(fields.at(i), values.value(i));
     rs.update();
@@ -108,12 +113,12 @@ QString appraisalSql(const QString& code, const QString& year) {
 Appraisal ReadAppraisal(const QString& code, const QString& year) {
     Recordset rs(conn(), appraisalSql(code, year));
     if (rs.eof()) return {};
-    return {rs.text(QStringLiteral("fpy")), rs.text(QStringLiteral("fpdr"))};
+    return {rs.text(QStringLiteral("fpy")), rs.text(QStringLiteral("fpdr")), Snapshot(rs)};
 }
 
 void WriteAppraisal(const QString& code, const QString& year, const Appraisal& a) {
     Recordset rs(conn(), appraisalSql(code, year), Cursor::Keyset, Lock::Optimistic);
-    if (rs.eof()) rs.addNew();
+    openReadRow(rs, code, a.loaded);
     rs.setValue(QStringLiteral("fYear"), int(Val(year)));
     rs.setValue(QStringLiteral("fpy"), a.text);
     rs.setValue(QStringLiteral("fpdr"), a.appraiser);

@@ -44,11 +44,14 @@ int WrongSpouseDate(const QStringList& values);
 QStringList AppraisalYears(const QString& code, int thisYear);
 
 struct Appraisal {
-    QString text;      // fpy
-    QString appraiser; // fpdr
+    QString text;       // fpy
+    QString appraiser;  // fpdr
+    RowSnapshot loaded; // the row as read; empty when there was none
 };
 Appraisal ReadAppraisal(const QString& code, const QString& year);
-// Writes the appraisal of a year, adding the row when there is none. `year` goes into the
+// Writes the appraisal of a year, adding the row when there is none, within the caller's
+// transaction. The row must still be as `a.loaded` says (none when none was read): one another
+// client changed, added or deleted meanwhile is refused with ConflictError. `year` goes into the
 // statement as a number: an empty or non-numeric year fails the statement (DbError).
 void WriteAppraisal(const QString& code, const QString& year, const Appraisal& a);
 

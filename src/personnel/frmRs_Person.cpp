@@ -271,6 +271,12 @@ QWidget* frmRs_Person::buildChoices() {
         layout->addWidget(opt, 0, Qt::AlignHCenter);
     }
     m_optSelect->button(firstOpen < 0 ? 0 : firstOpen)->setChecked(true);
+    // Beside the records: what was changed in them, by whom and when.
+    auto* history = NamedButton(panel, QStringLiteral("cmdHistory"), QStringLiteral("变更记录"));
+    history->setEnabled(hasForm(QStringLiteral("frmRs_PersonHistory")));
+    layout->addSpacing(8);
+    layout->addWidget(history);
+    connect(history, &QPushButton::clicked, this, [this] { guarded([this] { cmdHistory_Click(); }); });
     layout->addStretch();
     return panel;
 }
@@ -669,6 +675,14 @@ void frmRs_Person::reinstate() {
 
 void frmRs_Person::cmdCompile_Click() {
     openForm(QStringLiteral("frmRs_PersonList"), this);
+}
+
+void frmRs_Person::cmdHistory_Click() {
+    if (G().CurPersonCode.isEmpty()) {
+        ShowMsg(kNoPerson, vbExclamation, kTitle);
+        return;
+    }
+    openForm(QStringLiteral("frmRs_PersonHistory"), this);
 }
 
 void frmRs_Person::cmdDept_Click() {

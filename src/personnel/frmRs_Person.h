@@ -66,6 +66,7 @@ public:
     void cmdLZOK_Click();
     void cmdLZexit_Click();
     void cmdCompile_Click();
+    void cmdHistory_Click();
     void cmdDept_Click();
     void CmdlistOption_Click();
     void mnuRsSeek1_Click();

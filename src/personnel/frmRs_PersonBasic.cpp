@@ -235,6 +235,7 @@ void frmRs_PersonBasic::load() {
     fillBrief(m_comzf, QStringLiteral("fother2"), true);
     fillBrief(m_comGz, QStringLiteral("fGzName"), false);
     m_askTransfer = m_mode != 1;
+    m_loadedPhoto = PhotoDigest({});
     if (m_mode == 0) lockControls();
     if (m_mode != 1 && !G().CurPersonCode.isEmpty()) LoadRecord();
     m_oldPost = m_cboRz->currentText();
@@ -261,6 +262,7 @@ void frmRs_PersonBasic::LoadRecord() {
     for (int i = 0; i < kBasicFields; ++i)
         if (!IsBasicCombo(i)) m_text2[i]->setText(r.values.at(i));
     m_loadedRow = r;
+    m_loadedPhoto = PhotoDigest(PersonPhoto(G().CurPersonCode));
     m_loadedDeptName = r.values.at(26);
     // A department gone from the register stays the person's until changed, rather than the save
     // quietly moving them to another.
@@ -380,12 +382,19 @@ void frmRs_PersonBasic::cmdOK_Click() {
     if (m_mode == 0 || !validate()) return;
     const PersonBasicRow r = row();
     if (!SaveOrTell(this, [&] { SavePersonBasic(m_mode, r, G().CurPersonCode, m_loadedRow); })) return;
-    bool photoSaved = false;
-    try {
-        photoSaved = StorePersonPhoto(r.values.at(0), m_photoPath);
-    } catch (const DbError&) {
+    // The photo is written only when the clerk chose a new one or took it away: a save of other
+    // fields keeps the stored picture, the one on show.
+    if (!m_photoPath.isEmpty() || m_photoRemoved) {
+        bool photoSaved = false;
+        QString reason;
+        try {
+            photoSaved = StorePersonPhoto(r.values.at(0), m_photoPath, m_loadedPhoto);
+        } catch (const ConflictError& e) {
+            reason = QStringLiteral("\n\n") + e.message();
+        } catch (const DbError&) {
+        }
+        if (!photoSaved) ShowMsg(QStringLiteral("员工照片存盘错误!") + reason, vbExclamation, windowTitle());
     }
-    if (!photoSaved) ShowMsg(QStringLiteral("员工照片存盘错误!"), vbExclamation, windowTitle());
     afterSave(m_mode);
 }
 
@@ -408,6 +417,8 @@ void frmRs_PersonBasic::afterSave(int mode) {
         if (!IsBasicCombo(i)) m_text2[i]->clear();
     m_image1->clear();
     m_photoPath.clear();
+    m_photoRemoved = false;
+    m_loadedPhoto = PhotoDigest({});
     m_text2[0]->setFocus();
 }
 
@@ -473,11 +484,13 @@ void frmRs_PersonBasic::mnuPicEdit_Click() {
     }
     showPicture(file);
     m_photoPath = file;
+    m_photoRemoved = false;
 }
 
 void frmRs_PersonBasic::mnuPicDel_Click() {
     m_image1->clear();
     m_photoPath.clear();
+    m_photoRemoved = true;
 }
 
 void frmRs_PersonBasic::Text2_GotFocus(int index) {

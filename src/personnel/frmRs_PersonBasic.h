@@ -69,6 +69,8 @@ private:
     QString m_loadedDeptName;
     QString m_loadedUnit;
     QString m_photoPath;
+    bool m_photoRemoved = false; // the clerk took the picture away (相片删除)
+    QByteArray m_loadedPhoto;    // digest of the photo as read: another client's is not overwritten
     QString m_oldPost; // cboRz.Tag
     QString m_houseTag = QStringLiteral("1");
 

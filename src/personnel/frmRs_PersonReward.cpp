@@ -94,6 +94,7 @@ void frmRs_PersonReward::showYear(const QString& year) {
     const Appraisal a = ReadAppraisal(G().CurPersonCode, year);
     m_remark->setPlainText(a.text);
     m_text2->setText(a.appraiser);
+    m_loaded = a.loaded;
     m_showing = false;
     m_dirty = false;
 }
@@ -107,7 +108,7 @@ void frmRs_PersonReward::Combo1_Click() {
         const QString shown = m_combo1->itemText(m_yearIndex);
         if (!SaveOrTell(this, [&] {
                 Transaction t(conn());
-                WriteAppraisal(m_code, shown, {m_remark->toPlainText(), m_text2->text()});
+                WriteAppraisal(m_code, shown, {m_remark->toPlainText(), m_text2->text(), m_loaded});
                 t.commit();
             })) {
             m_combo1->setCurrentIndex(m_yearIndex);
@@ -123,7 +124,8 @@ void frmRs_PersonReward::save() {
     if (!saveGrid(0)) return;
     if (m_dirty && !SaveOrTell(this, [&] {
             Transaction t(conn());
-            WriteAppraisal(m_code, m_combo1->currentText(), {m_remark->toPlainText(), m_text2->text()});
+            WriteAppraisal(m_code, m_combo1->currentText(),
+                           {m_remark->toPlainText(), m_text2->text(), m_loaded});
             logSaved(kRemarkTitle);
             t.commit();
         }))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PersonRecordScreen.h"
+#include "shell/Recordset.h"
 
 class QComboBox;
 class QLineEdit;
@@ -37,6 +38,7 @@ private:
     QPlainTextEdit* m_remark; // the one large cell of the appraisal
     QLineEdit* m_text2;       // the appraiser
     ZqGrid* m_printGrid;      // the appraisal as a grid for its printout
+    RowSnapshot m_loaded; // the appraisal on show as read
     int m_yearIndex = -1;
     bool m_dirty = false;
     bool m_showing = false;

@@ -1,6 +1,7 @@
 #include "Connection.h"
 
 #include "DbError.h"
+#include "HistorySession.h"
 
 #include <QAtomicInt>
 #include <QFileInfo>
@@ -12,12 +13,55 @@ namespace zq {
 namespace {
 QAtomicInt connectionSerial;
 
+// libpq's connect options for the protection asked for; the driver splits options at ';'.
+QString tlsOptions(const ServerTls& tls) {
+    QString o;
+    switch (tls.mode) {
+    case ServerTls::Mode::Default:
+        break;
+    case ServerTls::Mode::Off:
+        o = QStringLiteral(";sslmode=disable");
+        break;
+    case ServerTls::Mode::Require:
+        o = QStringLiteral(";sslmode=require");
+        break;
+    case ServerTls::Mode::VerifyFull:
+        o = QStringLiteral(";sslmode=verify-full");
+        break;
+    }
+    if (tls.rootCert.isEmpty()) return o;
+    if (!QFileInfo(tls.rootCert).isFile())
+        throw DbError(QStringLiteral("根证书文件不存在: %1").arg(tls.rootCert));
+    if (tls.rootCert.contains(QLatin1Char(';')))
+        throw DbError(QStringLiteral("根证书文件的路径中不能有分号: %1").arg(tls.rootCert));
+    QString path = QFileInfo(tls.rootCert).absoluteFilePath();
+    path.replace(QLatin1Char('\\'), QStringLiteral("\\\\")).replace(QLatin1Char('\''), QStringLiteral("\\'"));
+    return o + QStringLiteral(";sslrootcert='") + path + QLatin1Char('\'');
+}
+
 QString errorText(const QSqlError& e) {
     QString t = e.databaseText().trimmed();
     if (t.isEmpty()) t = e.text().trimmed();
     return t;
 }
 } // namespace
+
+bool ServerTls::parseMode(const QString& text, Mode& mode) {
+    if (text == QLatin1String("off"))
+        mode = Mode::Off;
+    else if (text == QLatin1String("require"))
+        mode = Mode::Require;
+    else if (text == QLatin1String("verify-full"))
+        mode = Mode::VerifyFull;
+    else
+        return false;
+    return true;
+}
+
+ServerTls& defaultServerTls() {
+    static ServerTls tls;
+    return tls;
+}
 
 Connection::Connection()
     : m_name(QStringLiteral("zq%1").arg(connectionSerial.fetchAndAddRelaxed(1))) {}
@@ -57,13 +101,14 @@ void Connection::open(const ConnectionSettings& s) {
         // Pinned at startup, before the driver learns how to escape: with the setting off, a
         // backslash in a value would end a quoted text early.
         m_db.setConnectOptions(
-            QStringLiteral("connect_timeout=5;options='-c standard_conforming_strings=on'"));
+            QStringLiteral("connect_timeout=5;options='-c standard_conforming_strings=on'") +
+            tlsOptions(s.tls));
     } else {
         // Opening a missing file would silently create an empty database.
         if (s.userPath.isEmpty() || !QFileInfo::exists(s.userPath))
             throw DbError(QStringLiteral("数据库文件不存在: %1").arg(s.userPath));
         m_db.setDatabaseName(s.userPath);
-        m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+        m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(Dialect::kBusyTimeoutMs));
     }
     if (!m_db.open()) throw DbError(QStringLiteral("无法打开数据库: %1").arg(errorText(m_db.lastError())));
 
@@ -77,6 +122,8 @@ void Connection::open(const ConnectionSettings& s) {
         q.exec(QStringLiteral("pragma cache_size=-65536"));
         q.exec(QStringLiteral("pragma temp_store=memory"));
     }
+    // The change history records who changes what through this connection.
+    TagHistorySession(*this);
 }
 
 void Connection::requireLiteralBackslash() {
@@ -108,7 +155,7 @@ int Connection::execute(const QString& sql) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
     QSqlQuery q(m_db);
-    if (!q.exec(sql)) throw DbError(errorText(q.lastError()), sql);
+    if (!q.exec(sql)) throwStatementError(q.lastError(), sql);
     guard.done();
     return q.numRowsAffected();
 }
@@ -117,12 +164,17 @@ int Connection::execute(const QString& sql, const QVariantList& binds) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
     QSqlQuery q(m_db);
-    if (!q.prepare(sql)) throw DbError(errorText(q.lastError()), sql);
+    if (!q.prepare(sql)) throwStatementError(q.lastError(), sql);
     for (const QVariant& b : binds)
         q.addBindValue(b);
-    if (!q.exec()) throw DbError(errorText(q.lastError()), sql);
+    if (!q.exec()) throwStatementError(q.lastError(), sql);
     guard.done();
     return q.numRowsAffected();
+}
+
+void Connection::throwStatementError(const QSqlError& e, const QString& sql) const {
+    if (m_dialect.isUniqueViolation(e)) throw DuplicateKeyError(errorText(e), sql);
+    throw DbError(errorText(e), sql);
 }
 
 void RequireOneRow(int affected, const QString& sql) {
@@ -143,7 +195,10 @@ void Connection::followSchema() {
 void Connection::beginTrans() {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"));
     if (m_inTransaction) throw DbError(QStringLiteral("事务已经开始"));
-    if (!m_db.transaction()) throw DbError(errorText(m_db.lastError()));
+    // The driver's own begin is a deferred one on the file database; the dialect's waits for the
+    // write lock first. Commit and rollback are the driver's.
+    QSqlQuery q(m_db);
+    if (!q.exec(m_dialect.beginTransaction())) throw DbError(errorText(q.lastError()));
     m_inTransaction = true;
 }
 

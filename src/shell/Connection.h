@@ -3,10 +3,28 @@
 #include "Dialect.h"
 
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QString>
 #include <QVariantList>
 
 namespace zq {
+
+// How a connection to the server is protected on the network. Default leaves it to the client
+// library (encrypted when the server offers it, nothing checked); verify-full checks that the
+// server's certificate is signed by the root certificate and names the host connected to. A socket
+// directory is never encrypted; a file database ignores it.
+struct ServerTls {
+    enum class Mode { Default, Off, Require, VerifyFull };
+    Mode mode = Mode::Default;
+    QString rootCert; // file of the root certificate(s); empty: the client library's own
+
+    // "off", "require" or "verify-full"; false for anything else.
+    static bool parseMode(const QString& text, Mode& mode);
+};
+
+// The protection of connections whose settings do not say otherwise: what the program's command
+// line asked for.
+ServerTls& defaultServerTls();
 
 struct ConnectionSettings {
     int sqlData = 0;
@@ -14,6 +32,7 @@ struct ConnectionSettings {
     QString password;
     QString userId;
     QString defaultDb; // the server's database
+    ServerTls tls = defaultServerTls();
 };
 
 // The one connection of the system (and any private one a component opens from the same settings).
@@ -43,6 +62,10 @@ public:
     // changed means another client changed or deleted it meanwhile (ConflictError); more than one
     // means the statement was not the one meant (DbError). Either way the caller rolls back.
     void executeOne(const QString& sql, const QVariantList& binds = {});
+
+    // Throws the error of a failed statement: DuplicateKeyError where a unique constraint refused
+    // it, DbError otherwise.
+    [[noreturn]] void throwStatementError(const QSqlError& e, const QString& sql) const;
 
     // The file database compiles a statement against the table layout it last read; a table
     // another client altered since then changes shape under the driver, which then reads past its

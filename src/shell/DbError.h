@@ -33,6 +33,14 @@ public:
     }
 };
 
+// A write that would store a key or unique value a second time: the unique constraint refused it,
+// and nothing was written. A new key taken from the present maximum can meet it when another client
+// added a row meanwhile; the caller may take the next key and try again.
+class DuplicateKeyError : public DbError {
+public:
+    using DbError::DbError;
+};
+
 // The byte conversion of SQLData: a value outside 0..255 overflows.
 class OverflowError : public std::overflow_error {
 public:

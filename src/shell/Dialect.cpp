@@ -1,5 +1,7 @@
 #include "Dialect.h"
 
+#include <QSqlError>
+
 #include <QHash>
 
 namespace zq {
@@ -54,6 +56,14 @@ QString Dialect::memoType() const {
 QString Dialect::autoIdType() const {
     return isServer() ? QStringLiteral("serial primary key")
                       : QStringLiteral("integer primary key autoincrement");
+}
+
+bool Dialect::isUniqueViolation(const QSqlError& e) const {
+    if (isServer()) return e.nativeErrorCode() == QLatin1String("23505");
+    // The primary code (19, a constraint) or the extended ones of a unique index and a primary key.
+    const QString code = e.nativeErrorCode();
+    if (code == QLatin1String("2067") || code == QLatin1String("1555")) return true;
+    return code == QLatin1String("19") && e.databaseText().contains(QLatin1String("UNIQUE"));
 }
 
 QString Dialect::rowLocatorSelect() const {

@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <QVector>
 
+class QSqlError;
+
 namespace zq {
 
 // Every difference between the file database (SQLite) and the server database (PostgreSQL)
@@ -72,6 +74,17 @@ public:
     QString filterAfterOrder(const QString& condition) const {
         return isServer() ? condition : QStringLiteral("+(") + condition + QLatin1Char(')');
     }
+
+    // The error of a statement that a unique constraint refused.
+    bool isUniqueViolation(const QSqlError& e) const;
+    // Begins a transaction. The file database takes its write lock at the start, waiting its turn
+    // behind other writers: a transaction that read first and wrote later would fail at once when
+    // another client had written meanwhile, whatever the busy timeout.
+    QString beginTransaction() const {
+        return isServer() ? QStringLiteral("begin") : QStringLiteral("begin immediate");
+    }
+    // How long the file database waits for another client's write to end before a statement fails.
+    static constexpr int kBusyTimeoutMs = 10000;
 
     // Column types of the schema.
     QString textType(int size = 0) const;

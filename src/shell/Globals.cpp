@@ -14,6 +14,8 @@ void useDatabase(const ConnectionSettings& s) {
     g.Password = s.password;
     g.UserID = s.userId;
     g.Default = s.defaultDb;
+    // Not one of the control's properties: every connection opened from them protects itself so.
+    defaultServerTls() = s.tls;
 }
 
 qint16 OpenControlConn() {

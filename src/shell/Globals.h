@@ -56,7 +56,7 @@ struct Globals {
 
 Globals& G();
 
-// Points the control's five database properties at a database.
+// Points the control's five database properties at a database (and its server's protection).
 void useDatabase(const ConnectionSettings& s);
 // Opens the shared connection on the control's properties unless it is open: a screen does this
 // whenever it becomes active again, since a screen it opened may have closed the connection.

@@ -285,10 +285,10 @@ void Recordset::writeRow(Row& r) {
         if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     }
     Connection::StatementGuard guard(m_c);
-    if (!q.prepare(sql)) throw DbError(errorText(q.lastError()), sql);
+    if (!q.prepare(sql)) m_c.throwStatementError(q.lastError(), sql);
     for (const QVariant& b : binds)
         q.addBindValue(b);
-    if (!q.exec()) throw DbError(errorText(q.lastError()), sql);
+    if (!q.exec()) m_c.throwStatementError(q.lastError(), sql);
     // The server's locator moves with every write: a row another client wrote meanwhile is not
     // found by it, and neither is one whose changed columns no longer hold what was read.
     const bool returning = !r.deleted && m_c.dialect().isServer();

@@ -2,6 +2,7 @@
 
 #include "DbError.h"
 #include "Globals.h"
+#include "HistorySession.h"
 #include "Prompts.h"
 #include "Recordset.h"
 #include "SqlText.h"
@@ -110,6 +111,8 @@ bool takeBack(const LoginResult& r) {
     extra() = r.extra;
     // Another account set was chosen: the next statement must reach its database.
     if (conn().isOpen() && !sameDatabase(conn().settings(), controlDatabase())) conn().close();
+    // The changes from now on are this user's.
+    if (conn().isOpen()) TagHistorySession(conn());
     return !g.UserPath.isEmpty() && !g.UserName.isEmpty();
 }
 

@@ -78,20 +78,54 @@ QStringList duplicatesOf(Connection& c, const UniqueKey& k) {
     return found;
 }
 
-void addUniqueKeys(Connection& c) {
+// The keys of the office lists, taken as the maximum plus one: two clients adding at once could
+// once both take the same one.
+constexpr UniqueKey kOfficeKeys[] = {
+    {"tRs_meeting", "fID", nullptr},
+    {"tRs_News", "fID", nullptr},
+    {"tRs_RptFlow", "fID", nullptr},
+};
+
+template <std::size_t N>
+void addUniqueKeys(Connection& c, const UniqueKey (&keys)[N]) {
     QStringList duplicates;
-    for (const UniqueKey& k : kUniqueKeys)
+    for (const UniqueKey& k : keys)
         if (tableExists(c, QLatin1String(k.table))) duplicates << duplicatesOf(c, k);
     if (!duplicates.isEmpty())
         throw DbError(QStringLiteral("数据库中有重复的编号或名称，不能升级，未作任何改动。请先改正：\n") +
                       duplicates.join(QLatin1Char('\n')));
-    for (const UniqueKey& k : kUniqueKeys) {
+    for (const UniqueKey& k : keys) {
         if (!tableExists(c, QLatin1String(k.table))) continue;
         QString sql = QStringLiteral("create unique index if not exists ") + uniqueIndexName(k) +
                       QStringLiteral(" on ") + k.table + QStringLiteral(" (") + k.columns + QLatin1Char(')');
         if (k.where) sql += QStringLiteral(" where ") + QLatin1String(k.where);
         c.execute(sql);
     }
+}
+
+void addUniqueKeys(Connection& c) {
+    addUniqueKeys(c, kUniqueKeys);
+}
+
+// Rows that share a key keep it once, in the order they were stored; each other one takes a new
+// key after the greatest. Nothing outside the row refers to these keys.
+void renumberSharedKeys(Connection& c, const QString& table) {
+    if (!tableExists(c, table)) return;
+    QVector<QVariant> locators;
+    {
+        Recordset rs(c, QStringLiteral("select ") + c.dialect().rowLocatorSelect() + QStringLiteral(", fID from ") +
+                            table + QStringLiteral(" where fID in (select fID from ") + table +
+                            QStringLiteral(" group by fID having count(*)>1) order by fID, zq_rowloc"));
+        QString last;
+        for (; !rs.eof(); rs.moveNext()) {
+            if (rs.text(1) == last) locators << rs.value(0);
+            last = rs.text(1);
+        }
+    }
+    for (const QVariant& loc : locators)
+        c.executeOne(QStringLiteral("update ") + table + QStringLiteral(" set fID=(select coalesce(max(fID),0)+1 from ") +
+                         table + QStringLiteral(") where ") + c.dialect().rowLocatorCondition(),
+                     {loc});
 }
 
 bool columnExists(Connection& c, const QString& table, const QString& column) {
@@ -112,6 +146,16 @@ void addMissingColumns(Connection& c, const QString& table, const QStringList& c
         if (columns.contains(col.name, Qt::CaseInsensitive) && !columnExists(c, table, col.name))
             c.execute(QStringLiteral("alter table ") + table + QStringLiteral(" add column ") + col.name +
                       QLatin1Char(' ') + columnType(c.dialect(), col));
+}
+
+// A module added after the first seed: the next five positions of the rights string.
+void addModule(Connection& c, const QString& key, const QString& caption0, const QString& caption1) {
+    if (Recordset(c, QStringLiteral("select count(*) from tSysFunc where Model_Name=") + quoted(key)).val(0) > 0)
+        return;
+    const int serial = int(Recordset(c, QStringLiteral("select max(SerialNo) from tSysFunc")).val(0)) + 5;
+    c.execute(QStringLiteral("insert into tSysFunc (SerialNo,Model_Name,Model_Name_0,Model_Name_1,SecondPass,"
+                             "Password,NoUse_) values (?,?,?,?,0,'',0)"),
+              {serial, key, caption0, caption1});
 }
 
 } // namespace
@@ -183,6 +227,22 @@ const QVector<Step>& steps() {
              // take the code index for the grouped head counts.
              if (c.dialect().isServer() || tableExists(c, QStringLiteral("sqlite_stat1")))
                  c.execute(QStringLiteral("analyze tRsBasic"));
+         }},
+        {7,
+         [](Connection& c) {
+             // Every change of a person's records and of the departments is remembered. Databases
+             // of before start with an empty history.
+             createHistoryTriggers(c);
+             // The company report of changes and the organisation chart are modules of the menu.
+             addModule(c, QStringLiteral("mnuRsHistory"), QStringLiteral("人事变动报表"), QStringLiteral("人事變動報表"));
+             addModule(c, QStringLiteral("mnuRsOrgChart"), QStringLiteral("组织机构图"), QStringLiteral("組織機構圖"));
+         }},
+        {8,
+         [](Connection& c) {
+             // Office keys are unique, so that two clients adding at once get distinct ones.
+             for (const UniqueKey& k : kOfficeKeys)
+                 renumberSharedKeys(c, QLatin1String(k.table));
+             addUniqueKeys(c, kOfficeKeys);
          }},
     };
     return s;

@@ -49,6 +49,13 @@ void createUserTables(Connection& c);
 // tRsBasic. True when it split now.
 bool splitSpouseTable(Connection& c);
 
+// The change history: the tables whose changes are recorded, and their triggers, made again over
+// any that are there (SchemaHistory.cpp). A step that adds columns to a recorded table calls it.
+QStringList historyTables();
+void createHistoryTriggers(Connection& c);
+// Takes the triggers away again; the rows stay.
+void dropHistoryTriggers(Connection& c);
+
 // The schema version kept in zq_schema; 0 when the database has none.
 int currentVersion(Connection& c);
 int latestVersion();

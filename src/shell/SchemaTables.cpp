@@ -224,6 +224,16 @@ QVector<Table> build() {
                {{"fID"}, {"fDate"}}};
     // When each user last opened the notice board.
     t << Table{"tRs_NewsSeen", {text("fUser", 20), text("fOpened", 23)}, {{"fUser"}}};
+    // The change history, written by the database's triggers (SchemaHistory.cpp): one row a changed
+    // column. fCode is the person, or the department for tRs_Bm; fBmCode the department the change
+    // belongs to; fRow the row within the person's records; fOp 1 added, 2 changed, 3 deleted;
+    // fKind what the company report counts it as (0 none).
+    t << Table{"tRsHistory",
+               {col("fId", T::AutoId), col("fWhen", T::DateTime), text("fUser", 20), text("fHost", 60),
+                text("fTable", 20), text("fCode", 15), text("fBmCode", 15), col("fRow", T::Int),
+                text("fField", 30), col("fBefore", T::Memo), col("fAfter", T::Memo), col("fOp", T::SmallInt),
+                col("fKind", T::SmallInt)},
+               {{"fWhen", "fKind"}}};
     t << Table{"tWd_File1",
                codeTree({col("fYnxj", T::SmallInt), col("fBz", T::SmallInt), text("fFilePath", 255),
                          text("fBmCode", 15), col("fDetail1", T::Memo), col("fLimited", T::Real)}),

@@ -15,6 +15,15 @@ namespace {
 // What is indexed of a very long text: enough for any document a clerk files, and the server's word
 // vectors stay far below their size limit.
 constexpr int kIndexedChars = 200000;
+// What is kept of one word, in UTF-16 units: the server refuses a word of over 2 KB in its index,
+// and no word a clerk searches for is longer. Texts and queries are cut alike, so a longer word is
+// still found by its first part.
+constexpr int kWordChars = 200;
+
+QString cutWord(const QString& word) {
+    if (word.size() <= kWordChars) return word;
+    return word.left(word.at(kWordChars - 1).isHighSurrogate() ? kWordChars - 1 : kWordChars);
+}
 
 bool isIdeograph(char32_t c) {
     switch (QChar::script(c)) {
@@ -43,7 +52,7 @@ Tokenised tokenise(const QString& text) {
     QVector<char32_t> run;
     const auto flushWord = [&] {
         if (word.isEmpty()) return;
-        out.tokens << word.toLower();
+        out.tokens << cutWord(word).toLower();
         out.lastIsWord = true;
         word.clear();
     };

@@ -7,8 +7,10 @@
 
 #include "shell/Connection.h"
 
+#include <QCoreApplication>
 #include <QProcess>
 #include <QStringList>
+#include <QTemporaryDir>
 
 namespace zq::test {
 
@@ -26,6 +28,21 @@ inline void dropDatabase(const ConnectionSettings& s) {
     a.open(serverSettings());
     // A killed command line may still hold a session there.
     a.execute(QStringLiteral("drop database if exists %1 with (force)").arg(s.defaultDb));
+}
+
+// A database of its own for a command-line test, not made yet: a file in dir, or a database on the
+// server named after the test; and the options of zqrs-admin that name it.
+inline ConnectionSettings newDatabase(const QTemporaryDir& dir, const QString& name, QStringList& where) {
+    ConnectionSettings s;
+    if (onServer()) {
+        s = serverSettings();
+        s.defaultDb = QStringLiteral("zqt_%1_%2").arg(name).arg(QCoreApplication::applicationPid());
+        dropDatabase(s);
+    } else {
+        s.userPath = dir.filePath(name + QStringLiteral(".db"));
+    }
+    where = whereArgs(s);
+    return s;
 }
 
 // zqrs-admin as a process, without a screen, started with the arguments.

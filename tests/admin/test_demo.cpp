@@ -24,6 +24,7 @@
 
 using namespace zq;
 using test::dropDatabase;
+using test::newDatabase;
 using test::whereArgs;
 
 namespace {
@@ -82,21 +83,6 @@ int runAdmin(const QStringList& args, QString* out = nullptr, QString* err = nul
     if (out) *out = o;
     if (err) *err = e;
     return rc;
-}
-
-// A database of its own for a command-line test, not made yet: a file in dir, or a database on the
-// server named after the test; and the options of zqrs-admin that name it.
-ConnectionSettings newDatabase(const QTemporaryDir& dir, const QString& name, QStringList& where) {
-    ConnectionSettings s;
-    if (test::onServer()) {
-        s = test::serverSettings();
-        s.defaultDb = QStringLiteral("zqt_%1_%2").arg(name).arg(QCoreApplication::applicationPid());
-        dropDatabase(s);
-    } else {
-        s.userPath = dir.filePath(name + QStringLiteral(".db"));
-    }
-    where = whereArgs(s);
-    return s;
 }
 
 } // namespace

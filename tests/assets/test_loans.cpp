@@ -7,6 +7,7 @@
 #include "assets/LoanData.h"
 #include "personnel/PersonBrowserData.h"
 #include "services/ui/Grid.h"
+#include "shell/Connection.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/ui/Commands.h"
@@ -49,11 +50,31 @@ void setBox(QWidget& f, const QString& name, const QString& text) {
     w<QLineEdit>(f, name)->setText(text);
 }
 
+// Lets the moves of the focus under way, and what they put off until then, finish.
+void settle() {
+    for (int i = 0; i < 3; ++i)
+        QCoreApplication::processEvents();
+}
+
+// A click of the clerk's into a box of an active window.
+QLineEdit* clickInto(QWidget& f, const QString& name) {
+    QLineEdit* box = w<QLineEdit>(f, name);
+    QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(box->width() - 4, box->height() / 2));
+    settle();
+    return box;
+}
+
+void activate(QWidget& f) {
+    f.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&f));
+}
+
 } // namespace
 
 class TestLoans : public QObject {
     Q_OBJECT
     ScriptedPrompts* m_prompts = nullptr;
+    ConnectionSettings m_settings;
 
     std::unique_ptr<frmRs_Goods> goods(int state) {
         auto f = std::make_unique<frmRs_Goods>();
@@ -72,7 +93,7 @@ class TestLoans : public QObject {
 
 private slots:
     void init() {
-        test::freshDatabase();
+        m_settings = test::freshDatabase();
         test::actAsSupervisor();
         m_prompts = &scriptPrompts();
         person("001", "张三");
@@ -126,11 +147,10 @@ private slots:
         click(*f, "cmdOk");
         QVERIFY(m_prompts->messages().last().startsWith(QStringLiteral("归还日期格式错误，应为")));
         setBox(*f, "Text3(10)", "");
-        // A quote reaching the save fails it whole.
+        // A quote left in a box stops the save with the box's own message, and the box has the focus.
         setBox(*f, "Text3(11)", "O'Neil");
-        m_prompts->answer(vbYes);
         click(*f, "cmdOk");
-        QCOMPARE(m_prompts->messages().last(), QStringLiteral("存盘错误!"));
+        QCOMPARE(m_prompts->messages().last(), QStringLiteral("您不能输入单引号,请删除!"));
         QCOMPARE(one("select count(*) from trsLoanTools"), QStringLiteral("0"));
 
         setBox(*f, "Text3(11)", "");
@@ -153,6 +173,55 @@ private slots:
         click(*f, "cmdOk");
         QCOMPARE(m_prompts->messages().last(), QStringLiteral("李四 此人已离职,是否有权借领物品!"));
         QCOMPARE(one("select count(*) from trsLoanTools"), QStringLiteral("1"));
+    }
+
+    void amountBoxesTakeWhatIsTypedAndTabStaysInTheEntry() {
+        auto f = goods(2);
+        activate(*f);
+        click(*f, "cmdAdd");
+        setBox(*f, "Text3(0)", "001");
+        setBox(*f, "Text3(1)", "张三");
+        setBox(*f, "Text3(2)", "订书机");
+        // A click into the empty quantity offers 0, selected: what is typed replaces it.
+        QLineEdit* quantity = clickInto(*f, "Text3(4)");
+        QCOMPARE(quantity->text(), QStringLiteral("0"));
+        QCOMPARE(quantity->selectedText(), QStringLiteral("0"));
+        QTest::keyClicks(quantity, "1");
+        QCOMPARE(quantity->text(), QStringLiteral("1"));
+        // Tab goes on to the price, not into the search panel above.
+        QTest::keyClick(quantity, Qt::Key_Tab);
+        settle();
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(5)"));
+        auto* price = w<QLineEdit>(*f, "Text3(5)");
+        QCOMPARE(price->selectedText(), QStringLiteral("0.00"));
+        QTest::keyClicks(price, "350");
+        QTest::keyClick(price, Qt::Key_Tab);
+        settle();
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(6)"));
+        QCOMPARE(price->text(), QStringLiteral("350.00"));
+        QCOMPARE(w<QLineEdit>(*f, "Text3(6)")->text(), QStringLiteral("350.00"));
+        // Enter, which sends Tab, follows the same order through the rest of the panel.
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        settle();
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(7)"));
+        QTest::keyClicks(QApplication::focusWidget(), "3");
+        QCOMPARE(w<QLineEdit>(*f, "Text3(7)")->text(), QStringLiteral("3"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        settle();
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(8)"));
+        m_prompts->answer(vbYes);
+        click(*f, "cmdOk");
+        QCOMPARE(m_prompts->messages().last(), QStringLiteral("存盘完毕!"));
+        QCOMPARE(one("select geshu from tRsLoanGoods").toDouble(), 1.0);
+        QCOMPARE(one("select price from tRsLoanGoods").toDouble(), 350.0);
+        QCOMPARE(one("select Total from tRsLoanGoods").toDouble(), 350.0);
+        QCOMPARE(one("select useyear from tRsLoanGoods").toDouble(), 3.0);
+        // Ready for the next entry: a click into the empty price offers 0.00 selected too.
+        clickInto(*f, "Text3(0)");
+        clickInto(*f, "Text3(5)");
+        QCOMPARE(price->selectedText(), QStringLiteral("0.00"));
+        QTest::keyClicks(price, "12.5");
+        QCOMPARE(price->text(), QStringLiteral("12.5"));
     }
 
     void subtotalLimits() {
@@ -319,6 +388,89 @@ private slots:
         click(*f, "cmdDEL");
         QCOMPARE(m_prompts->messages().last(), QStringLiteral("张三: 真的要删除证件号码为[DG001]的记录吗？"));
         QCOMPARE(one("select count(*) from trscard"), QStringLiteral("0"));
+    }
+
+    void twoQuotedBoxesLetTheClerkMoveAndCorrect() {
+        exec("insert into trscard (fcode,fName,cardname,cardcode,cardjg,cardtime,pxfy) values "
+             "('001','张三','O''Neil证','Q001','King''s局','2024-01-01',0)");
+        auto f = std::make_unique<frmRs_Identify>();
+        f->show();
+        activate(*f);
+        click(*f, "cmdSeek");
+        f->grid()->setActiveCell(1, 1);
+        click(*f, "cmdChg");
+        settle();
+        QCOMPARE(w<QLineEdit>(*f, "Text3(2)")->text(), QStringLiteral("O'Neil证"));
+        m_prompts->clear();
+        clickInto(*f, "Text3(2)");
+        // From one quoted box into the other: the box left is refused once and takes the focus back.
+        clickInto(*f, "Text3(4)");
+        QCOMPARE(m_prompts->messages(), QStringList{QStringLiteral(" 您输入了单引号,请删除！")});
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(2)"));
+        QCOMPARE(w<QLineEdit>(*f, "Text3(2)")->selectedText(), QStringLiteral("O'Neil证"));
+        // Told once: the clerk may go on to the other box, which is told once when he leaves it.
+        clickInto(*f, "Text3(4)");
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(4)"));
+        QCOMPARE(m_prompts->messages().size(), 1);
+        clickInto(*f, "Text3(2)");
+        QCOMPARE(m_prompts->messages().size(), 2);
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(4)"));
+        clickInto(*f, "Text3(2)");
+        QCOMPARE(QApplication::focusWidget(), w<QWidget>(*f, "Text3(2)"));
+        QCOMPARE(m_prompts->messages().size(), 2);
+        // The save still refuses a quote left behind.
+        click(*f, "cmdSave");
+        QCOMPARE(m_prompts->messages().last(), QStringLiteral(" 您输入了单引号,请删除！"));
+        QCOMPARE(one("select cardname from trscard"), QStringLiteral("O'Neil证"));
+        // Corrected, it saves.
+        setBox(*f, "Text3(2)", "奥尼尔证");
+        setBox(*f, "Text3(4)", "国王局");
+        m_prompts->answer(vbYes);
+        click(*f, "cmdSave");
+        QCOMPARE(m_prompts->messages().last(), QStringLiteral("存盘完毕!"));
+        QCOMPARE(one("select cardname||cardjg from trscard"), QStringLiteral("奥尼尔证国王局"));
+    }
+
+    void anotherClientsChangeToACertificateIsNotOverwritten() {
+        exec("insert into trscard (fcode,fName,cardname,cardcode,cardjg,cardtime,pxfy) values "
+             "('001','张三','电工证','DG001','安监局','2024-01-01',0)");
+        auto f = std::make_unique<frmRs_Identify>();
+        f->show();
+        click(*f, "cmdSeek");
+        Connection other;
+        other.open(m_settings);
+        other.execute("update trscard set cardjg='质监局' where cardcode='DG001'");
+        f->grid()->setActiveCell(1, 1);
+        click(*f, "cmdChg");
+        setBox(*f, "Text3(2)", "高压电工证");
+        m_prompts->answer(vbYes);
+        click(*f, "cmdSave");
+        QVERIFY2(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
+                 qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(one("select cardname||cardjg from trscard"), QStringLiteral("电工证质监局"));
+        QVERIFY(w<QWidget>(*f, "Pict")->isVisible());
+        QCOMPARE(w<QLineEdit>(*f, "Text3(2)")->text(), QStringLiteral("高压电工证"));
+        click(*f, "cmdSaveCancel");
+
+        // Searched again, the change goes in beside the other client's.
+        click(*f, "cmdSeek");
+        f->grid()->setActiveCell(1, 1);
+        click(*f, "cmdChg");
+        setBox(*f, "Text3(2)", "高压电工证");
+        m_prompts->answer(vbYes);
+        click(*f, "cmdSave");
+        QCOMPARE(m_prompts->messages().last(), QStringLiteral("存盘完毕!"));
+        QCOMPARE(one("select cardname||cardjg from trscard"), QStringLiteral("高压电工证质监局"));
+
+        // One deleted meanwhile is not made again.
+        f->grid()->setActiveCell(1, 1);
+        click(*f, "cmdChg");
+        other.execute("delete from trscard where cardcode='DG001'");
+        m_prompts->answer(vbYes);
+        click(*f, "cmdSave");
+        QVERIFY(m_prompts->messages().last().contains(QStringLiteral("已被他人修改或删除")));
+        QCOMPARE(one("select count(*) from trscard"), QStringLiteral("0"));
+        other.close();
     }
 
     void fiveHundredCertificatesShowWithoutAsking() {

@@ -28,6 +28,7 @@
 #include <QRadioButton>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextCursor>
 #include <QToolButton>
 #include <QTreeWidget>
 
@@ -433,6 +434,36 @@ private slots:
         QVERIFY(hasNode(QStringLiteral("801R")));
         QVERIFY(!hasNode(QStringLiteral("701R")));
         QVERIFY(m_prompts->messages().isEmpty());
+    }
+
+    void deptViewNeverStoresWhatIsTyped() {
+        addDept(QStringLiteral("01"), QStringLiteral("总部"));
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("7"), QStringLiteral("职责"), 0);
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("701"), QStringLiteral("总部职责"), 1,
+               QStringLiteral("统筹"), {}, 0, QStringLiteral("01"));
+        addRow(QStringLiteral("tWd_File1"), QStringLiteral("702"), QStringLiteral("总部制度"), 1,
+               QStringLiteral("考勤"), {}, 0, QStringLiteral("01"));
+        open<frmWd_DeptDict>();
+        m_form->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_form.get()));
+        clickNode(QStringLiteral("701R"));
+        auto* text = w<QPlainTextEdit>(QStringLiteral("Text1"));
+        QVERIFY(!text->isReadOnly()); // typing is allowed...
+        text->setFocus();
+        text->moveCursor(QTextCursor::End);
+        QTest::keyClicks(text, "abc");
+        QCOMPARE(text->toPlainText(), QStringLiteral("统筹abc"));
+        // ...but another paper is shown without a question, and nothing is stored.
+        m_prompts->answer(vbYes);
+        clickNode(QStringLiteral("702R"));
+        QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(text->toPlainText(), QStringLiteral("考勤"));
+        QCOMPARE(detail(QStringLiteral("tWd_File1"), QStringLiteral("701")), QStringLiteral("统筹"));
+        text->setPlainText(QStringLiteral("改了"));
+        m_prompts->answer(vbYes);
+        click(QStringLiteral("cmdQuit"));
+        QVERIFY(m_prompts->messages().isEmpty());
+        QCOMPARE(detail(QStringLiteral("tWd_File1"), QStringLiteral("702")), QStringLiteral("考勤"));
     }
 
     void menuKeysOpenTheScreens() {

@@ -130,6 +130,22 @@ private slots:
         QVERIFY(found(QStringLiteral("加班")).isEmpty());
     }
 
+    void veryLongWordsAreStoredAndSearched() {
+        // A word past the server's limit for one indexed word (2 KB) is kept by its first part; the
+        // paper saves, and a search for the whole word or its start finds it without an error.
+        const QString word = QString(3000, QLatin1Char('x')) + QStringLiteral("𠀀");
+        {
+            Transaction t(conn());
+            IndexArchiveEntry(QStringLiteral("0301"), QStringLiteral("长词"), true,
+                              QStringLiteral("开头 ") + word + QStringLiteral(" 结尾"), {}, false);
+            t.commit();
+        }
+        QCOMPARE(found(word), QStringList{QStringLiteral("0301")});
+        QCOMPARE(found(word.left(500)), QStringList{QStringLiteral("0301")});
+        QCOMPARE(found(QString(3000, QChar(u'z'))), QStringList());
+        QCOMPARE(found(QStringLiteral("结尾")), QStringList{QStringLiteral("0301")});
+    }
+
     void matchingLineIsCutAroundTheWord() {
         const QString long_ =
             QString(100, QChar(u'甲')) + QStringLiteral("关键") + QString(100, QChar(u'乙'));

@@ -3,6 +3,7 @@
 #include "TestDb.h"
 
 #include "organisation/frmRs_PersonAssign.h"
+#include "organisation/frmRs_PersonAssignOk.h"
 #include "organisation/PersonAssignListData.h"
 #include "services/ui/Grid.h"
 #include "shell/DbError.h"
@@ -41,10 +42,27 @@ QStringList column(ZqGrid* g, int col) {
 class TestPersonAssign : public QObject {
     Q_OBJECT
     ScriptedPrompts* m_prompts = nullptr;
+    ConnectionSettings m_settings;
+
+    // Changes the active row's order as the clerk would: the dialog opens filled from the row, the
+    // new post is typed, 确定 and yes.
+    void changeActiveOrder(frmRs_PersonAssign& w, const QString& newPost) {
+        setModalRunner([&](QDialog& d) {
+            d.show();
+            auto& ok = static_cast<frmRs_PersonAssignOk&>(d);
+            ok.setNewUnit(QStringLiteral("本公司"));
+            ok.setNewPost(newPost);
+            m_prompts->answer(vbYes);
+            ok.cmdOk_Click();
+            return ok.result();
+        });
+        w.cmdChg_Click();
+        setModalRunner({});
+    }
 
 private slots:
     void init() {
-        test::freshDatabase();
+        m_settings = test::freshDatabase();
         m_prompts = &scriptPrompts();
         test::actAsSupervisor();
         exec("insert into tRsBasic (fCode,fName,fzt,fBmCode) values ('A01','张三',1,'01')");
@@ -125,6 +143,40 @@ private slots:
         QCOMPARE(seen.value("code").toString(), QString("A01"));
         QCOMPARE(seen.value("tag").toInt(), 2);
         QCOMPARE(seen.value("title").toString(), QString("调令修改"));
+    }
+
+    void anotherClientsChangeToAnOrderIsNotOverwritten() {
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('01','生产部',0,0)");
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('02','销售部',0,0)");
+        frmRs_PersonAssign w;
+        w.show();
+        w.cmdSeek_Click();
+        Connection other;
+        other.open(m_settings);
+        other.execute("update trsPersonMove set chgperson='另一人' where moveNmb=1");
+        w.grid()->setActiveCell(1, 1);
+        changeActiveOrder(w, QStringLiteral("经理"));
+        QVERIFY2(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
+                 qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(one("select chgperson||'/'||coalesce(newworktype,'') from trsPersonMove where moveNmb=1"),
+                 QString("另一人/"));
+        QCOMPARE(one("select count(*) from trswork"), QString("0"));
+
+        // The list searched again shows the other client's change; a change from it goes in.
+        QCOMPARE(w.grid()->text(1, 10), QString("另一人"));
+        w.grid()->setActiveCell(1, 1);
+        changeActiveOrder(w, QStringLiteral("经理"));
+        QCOMPARE(m_prompts->messages().last(), QString("存盘完毕!"));
+        QCOMPARE(one("select chgperson||'/'||newworktype from trsPersonMove where moveNmb=1"),
+                 QString("另一人/经理"));
+
+        // An order another client deleted meanwhile is not made again.
+        other.execute("delete from trsPersonMove where moveNmb=1");
+        w.grid()->setActiveCell(1, 1);
+        changeActiveOrder(w, QStringLiteral("主管"));
+        QVERIFY(m_prompts->messages().last().contains(QStringLiteral("已被他人修改或删除")));
+        QCOMPARE(one("select count(*) from trsPersonMove where moveNmb=1"), QString("0"));
+        other.close();
     }
 };
 

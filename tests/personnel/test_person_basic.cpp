@@ -315,10 +315,55 @@ private slots:
             QVERIFY(!f->hasPicture());
         }
         {
-            // The stored photo shows; a change saved without choosing a new one clears it.
+            // The stored photo shows; a change of the home phone alone keeps it.
             auto f = screen(2, "P01");
             QVERIFY(f->hasPicture());
+            f->text2(12)->setText("88886666");
             f->cmdOK_Click();
+            QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
+            QCOMPARE(one("select fPhone from tRsBasic where fCode='P01'"), QString("88886666"));
+            QCOMPARE(PersonPhoto("P01"), jpeg);
+        }
+        const QByteArray other = demo::portraitJpeg(5);
+        const QString otherFile = dir.filePath("other.jpg");
+        QFile second(otherFile);
+        QVERIFY(second.open(QIODevice::WriteOnly));
+        second.write(other);
+        second.close();
+        {
+            // Another client's new photo, stored while this one was open, is neither cleared nor
+            // overwritten by a save that chose or removed none...
+            auto f = screen(2, "P01");
+            Connection client;
+            client.open(m_settings);
+            client.execute("update tRsBasic set fphoto=? where fCode='P01'", {other});
+            f->text2(12)->setText("1");
+            f->cmdOK_Click();
+            QCOMPARE(PersonPhoto("P01"), other);
+            client.close();
+        }
+        {
+            // ...nor by one that chose a picture of its own: the clerk hears why.
+            auto f = screen(2, "P01");
+            Connection client;
+            client.open(m_settings);
+            client.execute("update tRsBasic set fphoto=? where fCode='P01'", {jpeg});
+            m_prompts->answerFile(otherFile);
+            f->mnuPicEdit_Click();
+            f->cmdOK_Click();
+            QVERIFY(m_prompts->messages().last().startsWith(
+                QStringLiteral("员工照片存盘错误!\n\n此记录在您打开之后已被他人修改")));
+            QCOMPARE(PersonPhoto("P01"), jpeg);
+            client.close();
+        }
+        {
+            // 相片删除 and a save take the photo away.
+            m_prompts->clear();
+            auto f = screen(2, "P01");
+            f->mnuPicDel_Click();
+            QVERIFY(!f->hasPicture());
+            f->cmdOK_Click();
+            QVERIFY2(m_prompts->messages().isEmpty(), qPrintable(m_prompts->messages().join('|')));
             QVERIFY(PersonPhoto("P01").isEmpty());
         }
         auto f = screen(1);

@@ -309,6 +309,48 @@ private slots:
         QVERIFY(logs().contains(QStringLiteral("<人事评语>记录存盘 [A01-张三]")));
     }
 
+    void anotherClientsAppraisalIsNotOverwritten() {
+        exec("insert into tRsRemark (fcode,fYear,fpy,fpdr) values ('A01',2023,'勤奋','王经理')");
+        inHand("A01", 2);
+        frmRs_PersonReward f;
+        f.show();
+        Connection other;
+        other.open(m_settings);
+        // Another client rewrites the year on show, and writes the next year, both after this read.
+        other.execute("update tRsRemark set fpy='他人的评语' where fcode='A01' and fYear=2023");
+        f.remark()->setPlainText(QStringLiteral("我的评语"));
+        f.cmdOK_Click();
+        QVERIFY(f.isVisible());
+        QVERIFY2(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
+                 qPrintable(m_prompts->messages().join('|')));
+        QCOMPARE(one("select fpy from tRsRemark where fcode='A01' and fYear=2023"), QString("他人的评语"));
+
+        // The year change writes the year that was on show: a row another client added meanwhile
+        // is not written over either, and the clerk's text stays in front of him.
+        QComboBox* years = f.combo1();
+        years->setCurrentIndex(1);
+        m_prompts->answer(vbCancel); // the question: Cancel drops the edit
+        f.Combo1_Click();
+        f.remark()->setPlainText(QStringLiteral("我的第二年"));
+        other.execute("insert into tRsRemark (fcode,fYear,fpy,fpdr) values ('A01',2024,'他人加的','赵')");
+        m_prompts->answer(vbOK);
+        years->setCurrentIndex(0);
+        f.Combo1_Click();
+        QVERIFY(m_prompts->messages().last().contains(QStringLiteral("已被他人修改")));
+        QCOMPARE(years->currentIndex(), 1);
+        QCOMPARE(f.remark()->toPlainText(), QString("我的第二年"));
+        QCOMPARE(one("select fpy from tRsRemark where fcode='A01' and fYear=2024"), QString("他人加的"));
+        other.close();
+
+        // Reopened, the clerk's appraisal goes in over what he now sees.
+        frmRs_PersonReward again;
+        again.show();
+        QCOMPARE(again.remark()->toPlainText(), QString("他人的评语"));
+        again.remark()->setPlainText(QStringLiteral("我的评语"));
+        again.cmdOK_Click();
+        QCOMPARE(one("select fpy from tRsRemark where fcode='A01' and fYear=2023"), QString("我的评语"));
+    }
+
     void noYearListMeansNoAppraisalSave() {
         inHand("C03", 2); // hired in a year to come
         frmRs_PersonReward f;

@@ -81,7 +81,7 @@ private slots:
         UserAdminDialog d(conn());
         QVERIFY(d.selectUser("张三"));
         auto* grid = child<QTableWidget>(d, "grdPower");
-        QCOMPARE(grid->rowCount(), 23); // the seeded modules and the one at 348, not the free one
+        QCOMPARE(grid->rowCount(), 25); // the seeded modules and the one at 348, not the free one
         QCOMPARE(grid->horizontalHeaderItem(4)->text(), QString("删除"));
         const int move = rowOf(grid, "调令管理");
         const int last = rowOf(grid, "末模块");
@@ -106,7 +106,7 @@ private slots:
         QCOMPARE(ones(power("张三")), QString("200"));
         child<QPushButton>(d, "cmdAll")->click();
         child<QPushButton>(d, "cmdSave")->click();
-        QCOMPARE(power("张三").count('1'), 22 * 5 + 3 + 1);
+        QCOMPARE(power("张三").count('1'), 24 * 5 + 3 + 1);
         QVERIFY(m_prompts->shown().isEmpty());
     }
 

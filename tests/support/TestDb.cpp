@@ -4,6 +4,7 @@
 
 #include "shell/DbError.h"
 #include "shell/Globals.h"
+#include "shell/HistorySession.h"
 #include "shell/Schema.h"
 
 #include <cstdio>
@@ -143,6 +144,7 @@ void actAsSupervisor() {
     g.myPower = QString(350, QLatin1Char('1'));
     g.CurPersonCode.clear();
     g.CurPersonName.clear();
+    if (conn().isOpen()) TagHistorySession(conn());
 }
 
 } // namespace zq::test

@@ -353,7 +353,8 @@ void CodeTreeScreen::RefreshTree() {
 }
 
 bool CodeTreeScreen::askToStore() {
-    if (!m_tag) return true;
+    // A screen that only reads never stores what was typed into its contents.
+    if (!m_tag || !m_features.editing) return true;
     if (ShowMsg(m_cmdDetail->text() + QStringLiteral("内容已经改变，是否存盘？"), vbYesNo + vbQuestion,
                 windowTitle()) == vbYes)
         cmdPosOk_Click();
@@ -537,7 +538,7 @@ void CodeTreeScreen::cmdDetail_Click() {
 }
 
 void CodeTreeScreen::cmdPosOk_Click() {
-    if (!m_tag) return;
+    if (!m_tag || !m_features.editing) return;
     const QString code = m_curCode;
     const QString text = StoredText(m_text1->toPlainText());
     if (!SaveOrTell(this, [&] {

@@ -95,6 +95,99 @@ QString editFieldSettings(const QString& field, const QString& table, qint16 ite
     return G().RptSetResult;
 }
 
+// Stores the grid's rows over the person's rows of the condition, changing only what differs, so
+// that the change history holds what the clerk changed and not a delete and rewrite of every row.
+// A grid row that equals a stored one keeps it (moved to its new place if need be); the other
+// grid rows take the other stored rows in order, column by column; the rest are added or deleted.
+// Row numbers keep the gaps of skipped rows, as before.
+void writeGridRows(const QString& table, const QString& fieldList, const ZqGrid& grid, const QString& condition) {
+    Recordset rs(conn(),
+                 QStringLiteral("Select fOrderID,") + fieldList + QStringLiteral(",fCode From ") + table +
+                     personCondition(condition) + QStringLiteral(" Order By fOrderID"),
+                 Cursor::Keyset, Lock::Optimistic);
+    const int cols = grid.maxCols();
+    QVector<int> sizes(cols + 1, 0);
+    for (int c = 1; c <= cols; ++c)
+        sizes[c] = schema::columnSize(table, rs.fieldName(c));
+    struct Stored {
+        int order;
+        QStringList cells;
+        int takenBy = -1;
+    };
+    QVector<Stored> stored;
+    for (; !rs.eof(); rs.moveNext()) {
+        Stored s{int(rs.val(0)), {}};
+        for (int c = 1; c <= cols; ++c)
+            s.cells << rs.text(c);
+        stored << s;
+    }
+    struct Wanted {
+        int order;
+        QStringList cells;
+        int takes = -1;
+    };
+    QVector<Wanted> wanted;
+    for (int r = 1; r <= grid.maxRows(); ++r) {
+        // A row without its first cell is not stored; the rest of it is lost.
+        if (grid.value(r, 1).isEmpty()) continue;
+        Wanted w{r, {}};
+        for (int c = 1; c <= cols; ++c) {
+            const QString v = grid.value(r, c);
+            w.cells << (sizes[c] > 0 ? LimitLength(v, sizes[c], QString()) : v);
+        }
+        wanted << w;
+    }
+    const auto take = [&](int w, int s) {
+        wanted[w].takes = s;
+        stored[s].takenBy = w;
+    };
+    // Unchanged rows first, at their own place, then anywhere.
+    for (bool samePlace : {true, false})
+        for (int w = 0; w < wanted.size(); ++w)
+            for (int s = 0; s < stored.size() && wanted[w].takes < 0; ++s)
+                if (stored[s].takenBy < 0 && stored[s].cells == wanted[w].cells &&
+                    (!samePlace || stored[s].order == wanted[w].order))
+                    take(w, s);
+    int next = 0;
+    for (int w = 0; w < wanted.size(); ++w) {
+        if (wanted[w].takes >= 0) continue;
+        while (next < stored.size() && stored[next].takenBy >= 0)
+            ++next;
+        if (next < stored.size()) take(w, next);
+    }
+    if (!stored.isEmpty()) rs.moveFirst();
+    for (int s = 0; s < stored.size(); ++s) {
+        // To the s-th row as read, deleted ones counted (moveFirst would pass over those).
+        rs.move(s - rs.position());
+        const int w = stored[s].takenBy;
+        if (w < 0) {
+            rs.deleteRow();
+            continue;
+        }
+        bool changed = false;
+        if (stored[s].order != wanted[w].order) {
+            rs.setValue(0, wanted[w].order);
+            changed = true;
+        }
+        for (int c = 1; c <= cols; ++c)
+            if (stored[s].cells[c - 1] != wanted[w].cells[c - 1]) {
+                rs.setValue(c, wanted[w].cells[c - 1]);
+                changed = true;
+            }
+        if (changed) rs.update();
+    }
+    const int codeField = rs.fieldCount() - 1;
+    for (const Wanted& w : wanted) {
+        if (w.takes >= 0) continue;
+        rs.addNew();
+        rs.setValue(codeField, G().CurPersonCode);
+        rs.setValue(0, w.order);
+        for (int c = 1; c <= cols; ++c)
+            rs.setValue(c, w.cells[c - 1]);
+        rs.update();
+    }
+}
+
 } // namespace
 
 void LoadGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, const QString& condition) {
@@ -134,30 +227,7 @@ int SaveGridRows(const QString& table, const QString& fieldList, ZqGrid& grid, c
             Recordset now(conn(), readSql(table, fieldList, condition));
             if (rowsDigest(now) != loaded.toByteArray()) throw ConflictError();
         }
-        conn().execute(QStringLiteral("Delete From ") + table + personCondition(condition));
-        // The reading set covers all of the person's rows, whatever the condition.
-        Recordset rs(conn(),
-                     QStringLiteral("Select fOrderID,") + fieldList + QStringLiteral(",fCode From ") + table +
-                         QStringLiteral(" Where fCode=") + quoted(G().CurPersonCode),
-                     Cursor::Keyset, Lock::Optimistic);
-        const int cols = grid.maxCols();
-        QVector<int> sizes(cols + 1, 0);
-        for (int c = 1; c <= cols; ++c)
-            sizes[c] = schema::columnSize(table, rs.fieldName(c));
-        const int codeField = rs.fieldCount() - 1;
-        for (int r = 1; r <= grid.maxRows(); ++r) {
-            // A row without its first cell is not stored; the rest of it is lost.
-            if (grid.value(r, 1).isEmpty()) continue;
-            rs.addNew();
-            rs.setValue(codeField, G().CurPersonCode);
-            rs.setValue(0, r); // row numbers keep the gaps of skipped rows
-            for (int c = 1; c <= cols; ++c) {
-                const QString v = grid.value(r, c);
-                rs.setValue(c, sizes[c] > 0 ? LimitLength(v, sizes[c], QString()) : v);
-            }
-            rs.update();
-        }
-        rs.close();
+        writeGridRows(table, fieldList, grid, condition);
         if (loaded.isValid()) {
             Recordset now(conn(), readSql(table, fieldList, condition));
             grid.setProperty(key, rowsDigest(now)); // a second save from the same screen compares with this

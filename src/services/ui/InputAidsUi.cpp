@@ -9,10 +9,12 @@
 #include <QDate>
 #include <QDir>
 #include <QFileInfo>
+#include <QFocusEvent>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPointer>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QTextCursor>
@@ -278,13 +280,49 @@ QString PickFile(qint16 mode, qint16 number, const QString& fileName, const QStr
     return path;
 }
 
-void OfferToday(QLineEdit* box) {
+void OfferText(QLineEdit* box, const QString& text) {
     if (box->isReadOnly() || !box->text().isEmpty()) return;
-    box->setText(QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd")));
+    box->setText(text);
     box->selectAll();
     // A click that gave the focus goes on to place the caret; select again once it has.
     QTimer::singleShot(0, box, [box] {
         if (box->hasFocus()) box->selectAll();
+    });
+}
+
+void OfferToday(QLineEdit* box) {
+    OfferText(box, QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd")));
+}
+
+namespace {
+// The box whose refusal is taking the focus back, until it has.
+QPointer<QLineEdit>& refusingBox() {
+    static QPointer<QLineEdit> box;
+    return box;
+}
+const char* const kToldText = "zqRefusedText";
+} // namespace
+
+bool LeavingJudged(const QEvent* focusOut) {
+    const Qt::FocusReason r = static_cast<const QFocusEvent*>(focusOut)->reason();
+    return r != Qt::ActiveWindowFocusReason && r != Qt::PopupFocusReason && !refusingBox();
+}
+
+void RefuseLeaving(QLineEdit* box, const std::function<void()>& tell) {
+    const QVariant told = box->property(kToldText);
+    if (told.isValid() && told.toString() == box->text()) return;
+    box->setProperty(kToldText, box->text());
+    refusingBox() = box;
+    // Not inside the focus change: a message box or a new focus now would start another one.
+    QTimer::singleShot(0, box, [box, tell] {
+        refusingBox() = nullptr;
+        // The panel closed meanwhile: nothing is left to correct.
+        if (!box->isVisible()) return;
+        refusingBox() = box;
+        if (tell) tell();
+        box->setFocus();
+        box->selectAll();
+        refusingBox() = nullptr;
     });
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <QObject>
 #include <QString>
 
+class QEvent;
 class QLineEdit;
 class QTreeWidget;
 class QWidget;
@@ -55,10 +57,21 @@ void CenterForm(QWidget* form);
 // Enter in the box moves on to the next field, as a tab key stroke would, instead of pressing the
 // dialog's default button.
 void SendTabOnEnter(QLineEdit* box);
-// An empty date field that takes the focus offers today as yyyy-mm-dd, selected, so that what the
-// clerk types replaces it rather than being cut off by the full box. Every date text box goes
-// through this.
+// An empty box that takes the focus offers `text`, selected, so that what the clerk types replaces
+// it rather than being added to it or cut off by the full box.
+void OfferText(QLineEdit* box, const QString& text);
+// An empty date field offers today as yyyy-mm-dd in that way. Every date text box goes through this.
 void OfferToday(QLineEdit* box);
+
+// A box that refuses to be left with what it holds (a quote, no number, no date). Only a move of
+// the clerk's is judged (LeavingJudged on the focus-out event): not another window or a list that
+// takes the focus for a while, and not the move of a box that refused and takes the focus back.
+// RefuseLeaving tells the clerk once for a text and takes the focus back, selected, when the move
+// under way has finished; left again with the same text the box lets the clerk go. So two boxes
+// that refuse never hand the focus to each other for ever, and the clerk corrects them in any
+// order; the save checks them again.
+bool LeavingJudged(const QEvent* focusOut);
+void RefuseLeaving(QLineEdit* box, const std::function<void()>& tell);
 void CenterOnForm(QWidget* control, QWidget* form);
 void ExpandAllNodes(QTreeWidget* tree);
 

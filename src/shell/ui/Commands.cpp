@@ -10,13 +10,16 @@
 #include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
 #include "organisation/frmRs_Dept.h"
+#include "organisation/frmRs_OrgChart.h"
 #include "organisation/frmRs_PersonAssign.h"
 #include "organisation/frmRs_PersonAssignOk.h"
+#include "personnel/frmRs_ChangeReport.h"
 #include "personnel/frmRs_Person.h"
 #include "personnel/frmRs_PersonBasic.h"
 #include "personnel/frmRs_PersonDetail.h"
 #include "personnel/frmRs_PersonDetailSeek.h"
 #include "personnel/frmRs_PersonFamily.h"
+#include "personnel/frmRs_PersonHistory.h"
 #include "personnel/frmRs_PersonList.h"
 #include "personnel/frmRs_PersonResult.h"
 #include "personnel/frmRs_PersonResume.h"
@@ -102,6 +105,9 @@ void registerScreens() {
     registerScreen<frmRs_PersonDetail>("frmRs_PersonDetail");
     registerScreen<frmRs_PersonDetailSeek>("frmRs_PersonDetailSeek");
     registerScreen<frmRs_PersonAssignOk>("frmRs_PersonAssignOk");
+    // The change history: a person's from the register, the company's report from the menu.
+    registerScreen<frmRs_PersonHistory>("frmRs_PersonHistory");
+    registerCommand({QStringLiteral("mnuRsHistory")}, [] { return new frmRs_ChangeReport; });
     registerCommand({QStringLiteral("mnuRsOthMove")}, [] { return new frmRs_PersonAssign; });
     registerCommand({QStringLiteral("mnuRsTotal")}, [] { return new frmRs_PersonList; });
     registerScreen<frmRs_PersonList>("frmRs_PersonList");
@@ -110,6 +116,8 @@ void registerScreens() {
         {QStringLiteral("mnuRsbm"), QStringLiteral("mnuRsSysBm")}, [] { return new frmRs_Dept; },
         [](QDialog& d, qint16) { d.setProperty("myTable", QStringLiteral("trs_bm")); });
     registerScreen<frmRs_Dept>("frmRs_Dept");
+    registerCommand({QStringLiteral("mnuRsOrgChart")}, [] { return new frmRs_OrgChart; });
+    registerScreen<frmRs_OrgChart>("frmRs_OrgChart");
     registerCommand({QStringLiteral("mnuRsOthHoldCard")}, [] { return new frmRs_Identify; });
     // The loan keys cross over with their tables: State chooses the table.
     for (const auto& [key, state] :

@@ -1,5 +1,6 @@
 #include "WidgetPrompts.h"
 
+#include "FileIcons.h"
 #include "Fonts.h"
 
 #include <QApplication>
@@ -102,28 +103,34 @@ std::optional<QString> WidgetPrompts::input(const QString& prompt, const QString
     return dlg.textValue();
 }
 
-QString WidgetPrompts::file(const FileRequest& request) {
-    QFileDialog dlg(ownerWindow(), request.title);
-    dlg.setFont(uiFont());
-    dlg.setOption(QFileDialog::DontUseNativeDialog);
+std::unique_ptr<QFileDialog> MakeFileDialog(const FileRequest& request, QWidget* parent) {
+    auto dlg = std::make_unique<QFileDialog>(parent, request.title);
+    dlg->setFont(uiFont());
+    dlg->setOption(QFileDialog::DontUseNativeDialog);
+    dlg->setIconProvider(&FileIcons());
     const bool save = request.mode == FileRequest::Save;
-    dlg.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-    dlg.setFileMode(!save && (request.flags & cdlOFNFileMustExist) ? QFileDialog::ExistingFile
-                                                                   : QFileDialog::AnyFile);
-    dlg.setOption(QFileDialog::DontConfirmOverwrite, !(request.flags & cdlOFNOverwritePrompt));
+    dlg->setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dlg->setFileMode(!save && (request.flags & cdlOFNFileMustExist) ? QFileDialog::ExistingFile
+                                                                    : QFileDialog::AnyFile);
+    dlg->setOption(QFileDialog::DontConfirmOverwrite, !(request.flags & cdlOFNOverwritePrompt));
     const QStringList filters = fileFilters(request.filter);
     if (!filters.isEmpty()) {
-        dlg.setNameFilters(filters);
+        dlg->setNameFilters(filters);
         if (request.filterIndex >= 1 && request.filterIndex <= filters.size())
-            dlg.selectNameFilter(filters[request.filterIndex - 1]);
+            dlg->selectNameFilter(filters[request.filterIndex - 1]);
     }
     if (!request.fileName.isEmpty()) {
         const QFileInfo fi(request.fileName);
-        if (fi.absoluteDir().exists()) dlg.setDirectory(fi.absolutePath());
-        dlg.selectFile(fi.fileName());
+        if (fi.absoluteDir().exists()) dlg->setDirectory(fi.absolutePath());
+        dlg->selectFile(fi.fileName());
     }
-    if (dlg.exec() != QDialog::Accepted) return QString();
-    return dlg.selectedFiles().value(0);
+    return dlg;
+}
+
+QString WidgetPrompts::file(const FileRequest& request) {
+    const auto dlg = MakeFileDialog(request, ownerWindow());
+    if (dlg->exec() != QDialog::Accepted) return QString();
+    return dlg->selectedFiles().value(0);
 }
 
 bool WidgetPrompts::choosePrinter(QString& printerName) {

@@ -2,7 +2,16 @@
 
 #include "shell/Prompts.h"
 
+#include <memory>
+
+class QFileDialog;
+class QWidget;
+
 namespace zq {
+
+// The file dialog of a request, not yet shown: the program's own dialog, whose file list learns
+// each file's type from its name only (see NameOnlyIconProvider).
+std::unique_ptr<QFileDialog> MakeFileDialog(const FileRequest& request, QWidget* parent);
 
 // The prompt service with real windows: message box, input box, file dialog, printer dialog.
 // Each is modal over the active window and uses the system's font.
