@@ -9,13 +9,9 @@
 
 namespace zq {
 
-using sheetread::addProblem;
-using sheetread::CellText;
-using sheetread::RowKeeper;
+using namespace sheetread;
 
 namespace {
-
-const QString kNotSheet = QStringLiteral("不是电子表格文件 (只能读 .xlsx 或 .csv)");
 constexpr qint64 kPiece = 1 << 20;
 
 // A text an export protected from being taken for a formula: the apostrophe goes again.
@@ -124,7 +120,7 @@ SheetData ReadCsv(const QString& path, const SheetReading& how) {
     QStringDecoder::Encoding encoding = QStringDecoder::Utf8;
     if (head.startsWith("\xFF\xFE")) encoding = QStringDecoder::Utf16LE;
     else if (head.startsWith("\xFE\xFF")) encoding = QStringDecoder::Utf16BE;
-    else if (head.startsWith("PK\x03\x04") || head.contains('\0')) return sheetread::refusedFile(kNotSheet);
+    else if (head.startsWith("PK\x03\x04") || head.contains('\0')) return refusedFile(notSheet());
 
     // UTF-8 unless a byte says otherwise; then the whole file again as GB18030.
     SheetData out;

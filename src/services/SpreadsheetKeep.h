@@ -14,6 +14,10 @@ constexpr qint64 kMaxKeptChars = 100'000'000;
 // makes of it; five million (a hundred thousand rows of fifty) keep the import under a gigabyte.
 constexpr qint64 kMaxKeptCells = 5'000'000;
 
+inline QString notSheet() {
+    return QStringLiteral("不是电子表格文件 (只能读 .xlsx 或 .csv)");
+}
+
 inline SheetData refusedFile(const QString& error) {
     SheetData d;
     d.error = error;

@@ -16,13 +16,9 @@
 
 namespace zq {
 
-using sheetread::addProblem;
-using sheetread::CellText;
-using sheetread::RowKeeper;
+using namespace sheetread;
 
 namespace {
-
-const QString kNotSheet = QStringLiteral("不是电子表格文件 (只能读 .xlsx 或 .csv)");
 
 // What a member may unpack to: the sheet itself is streamed, the small parts are read whole. A zip
 // of a few hundred kilobytes can unpack to gigabytes; these stop it.
@@ -500,7 +496,7 @@ SheetData ReadSpreadsheet(const QString& path, const SheetReading& how) {
     if (suffix == QLatin1String("xlsx") || suffix == QLatin1String("xlsm")) return ReadXlsx(path, how);
     if (suffix == QLatin1String("csv") || suffix == QLatin1String("txt")) return ReadCsv(path, how);
     if (suffix == QLatin1String("xls")) return sheetread::refusedFile(QStringLiteral("旧的 .xls 格式不能读, 请另存为 .xlsx 或 .csv"));
-    return sheetread::refusedFile(kNotSheet);
+    return refusedFile(notSheet());
 }
 
 SheetData ReadXlsx(const QString& path, const SheetReading& how) {
@@ -508,7 +504,7 @@ SheetData ReadXlsx(const QString& path, const SheetReading& how) {
     out.typed = true;
     Zip zip(path);
     if (!zip.isOpen()) {
-        out.error = kNotSheet;
+        out.error = notSheet();
         return out;
     }
     const Workbook wb = readWorkbook(zip);
@@ -517,7 +513,7 @@ SheetData ReadXlsx(const QString& path, const SheetReading& how) {
         return out;
     }
     if (wb.visible.isEmpty()) {
-        out.error = zip.has(QStringLiteral("xl/workbook.xml")) ? QStringLiteral("工作簿中没有可见的工作表") : kNotSheet;
+        out.error = zip.has(QStringLiteral("xl/workbook.xml")) ? QStringLiteral("工作簿中没有可见的工作表") : notSheet();
         return out;
     }
     const SharedStrings shared = sharedStrings(zip);

@@ -38,7 +38,7 @@ private slots:
         QVERIFY(out.contains("4 行"));
         const SheetData sheet = ReadXlsx(file);
         QCOMPARE(sheet.rows.size(), 5); // the captions and four changes
-        QCOMPARE(sheet.rows[1].cells.value(3), QStringLiteral("民族")); // newest first
+        QCOMPARE(sheet.rows[1].cell(3), QStringLiteral("民族")); // newest first
     }
 
     void theCompanysChangesOfAPeriod() {

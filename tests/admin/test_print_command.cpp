@@ -6,6 +6,7 @@
 #include "shell/DbError.h"
 #include "shell/Recordset.h"
 #include "shell/Users.h"
+#include "services/Spreadsheets.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -74,6 +75,24 @@ private slots:
         QCOMPARE(print({"grid", "--table", "trsbasic", "--fields", "FCODE, fname"}, &err), int(admin::Ok));
         QCOMPARE(print({"cards", "--filter", "fzt=1"}, &err), int(admin::Ok));
         QVERIFY2(QFileInfo::exists(m_pdf), qPrintable(err));
+    }
+
+    // The export takes a column's kind from the schema: the loans' running number and their amounts
+    // are numbers in the file, the dates dates.
+    void exportWritesNumbersAsNumbers() {
+        QVERIFY(count("select count(*) from trsLoanTools") > 0);
+        const QString file = m_dir.filePath(QStringLiteral("loans.xlsx"));
+        QString out, err;
+        QCOMPARE(test::runAdminProcess(QStringList{"export", "grid"} + m_where +
+                                           QStringList{"--table", "trsLoanTools", "--fields", "fID,fName,price,loantime",
+                                                       "--file", file},
+                                       &out, &err),
+                 int(admin::Ok));
+        const SheetData sheet = ReadXlsx(file);
+        QVERIFY2(sheet.error.isEmpty(), qPrintable(sheet.error + err));
+        const SheetRow& first = sheet.rows.at(1);
+        QVERIFY2(first.isNumber(0), qPrintable(first.cells().join(',')));
+        QVERIFY(!first.isNumber(1));
     }
 
     // The record sheets: both sides of each person the filter selects, in code order, with progress.
