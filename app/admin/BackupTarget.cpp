@@ -2,6 +2,7 @@
 
 #include "BackupKit.h"
 
+#include "shell/HistorySession.h"
 #include "shell/DbError.h"
 #include "shell/Recordset.h"
 #include "shell/Schema.h"
@@ -102,6 +103,10 @@ void NewCompany::discard() {
 }
 
 void NewCompany::fill(Connection& from, Tables& tables, const Progress& progress) {
+    // The rows are the company as it was, no one's changes: nothing is recorded, and the history
+    // copied in replaces the new schema's (empty) one.
+    HistoryOff quiet(m_c);
+    SetHistoryPurging(m_c, true);
     Transaction t(m_c);
     for (TableImage& table : tables) {
         if (progress) progress(QStringLiteral("写入 %1").arg(table.name));
@@ -137,6 +142,7 @@ void NewCompany::fill(Connection& from, Tables& tables, const Progress& progress
                             .arg(quoted(s[0]), quoted(s[1]), s[1], s[0]));
     }
     t.commit();
+    SetHistoryPurging(m_c, false);
 }
 
 void NewCompany::verify(const Tables& expected, const Progress& progress) {

@@ -3,6 +3,7 @@
 #include "admin/Backup.h"
 #include "admin/Demo.h"
 #include "admin/DemoAdmin.h"
+#include "shell/HistorySession.h"
 #include "shell/DbError.h"
 #include "shell/Recordset.h"
 #include "shell/Schema.h"
@@ -87,11 +88,16 @@ public:
     int saved() const { return m_saved; }
     // What the company held when `n` had been saved.
     QStringList contentsAt(int n) {
+        // The later saves undone leave no history of their own, and their history goes with them.
+        HistoryOff quiet(m_c);
+        SetHistoryPurging(m_c, true);
         Transaction t(m_c);
+        m_c.execute(QStringLiteral("delete from tRsHistory where fCode like 'W%' and fCode>?"), {code(n)});
         m_c.execute(QStringLiteral("delete from tRsBasic where fCode like 'W%' and fCode>?"), {code(n)});
         m_c.execute(QStringLiteral("delete from tRsFamily where fCode like 'W%' and fCode>?"), {code(n)});
         m_c.execute(QStringLiteral("update myCompany set fax=?"), {code(n)});
         const QStringList rows = contents(m_c);
+        SetHistoryPurging(m_c, false);
         return rows; // rolled back
     }
 

@@ -81,7 +81,9 @@ int main(int argc, char** argv) {
                     ++ok;
                 } catch (const DbError& e) {
                     ++failed;
-                    if (firstError.isEmpty()) firstError = e.message();
+                    if (firstError.isEmpty())
+                        firstError = e.message() + QStringLiteral(" [") + e.statement() + QLatin1Char(']') +
+                                     (dynamic_cast<const DuplicateKeyError*>(&e) ? QStringLiteral(" (duplicate)") : QString());
                 }
             }
             std::printf("ok %d failed %d %s\n", ok, failed, qPrintable(firstError));
