@@ -63,13 +63,19 @@ int AddWithNewKey(const QString& table, bool sixteenBits, const std::function<vo
     // Each try reads the maximum anew, which then holds the other client's committed row. The
     // failed insert undoes only itself (a statement savepoint), so the transaction goes on.
     constexpr int kTries = 50;
+    const QString turn = conn().dialect().lockNewKeys(table);
+    if (!turn.isEmpty()) conn().execute(turn);
     for (int attempt = 1;; ++attempt) {
         const int id = NextKey(table, sixteenBits);
         try {
             insert(id);
             return id;
-        } catch (const DuplicateKeyError&) {
-            if (attempt == kTries) throw;
+        } catch (const DbError& e) {
+            // The server's driver does not always tell a refused key by its code; a key that
+            // another client's row now holds tells it as well.
+            const bool taken = dynamic_cast<const DuplicateKeyError*>(&e) ||
+                               CountRows(table, QStringLiteral("fID=") + num(id)) > 0;
+            if (!taken || attempt == kTries) throw;
         }
     }
 }

@@ -83,6 +83,13 @@ public:
     QString beginTransaction() const {
         return isServer() ? QStringLiteral("begin") : QStringLiteral("begin immediate");
     }
+    // A statement that makes the writers of new keys of a table take turns until their transactions
+    // end, or "" where the write transaction itself does that (the file database). Without it, a
+    // client that lost a key to another would find the other ahead of it again at every try.
+    QString lockNewKeys(const QString& table) const {
+        if (!isServer()) return {};
+        return QStringLiteral("select pg_advisory_xact_lock(hashtext('zq_newkey_%1'))").arg(table.toLower());
+    }
     // How long the file database waits for another client's write to end before a statement fails.
     static constexpr int kBusyTimeoutMs = 10000;
 
