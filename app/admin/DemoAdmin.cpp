@@ -163,10 +163,16 @@ void upgradeDatabase(const ConnectionSettings& s, QTextStream& out) {
 } // namespace
 
 void makeReadOnly(Connection& c) {
-    if (c.dialect().isServer())
-        c.execute(QStringLiteral("set session characteristics as transaction read only"));
-    else
-        c.execute(QStringLiteral("pragma query_only=1"));
+    c.makeReadOnly();
+}
+
+int reportWritten(qint64 rows, const QString& path, const QString& error, QTextStream& out, QTextStream& err) {
+    if (rows < 0) {
+        err << "zqrs-admin: " << error << "\n";
+        return Failed;
+    }
+    out << path << "\n" << QStringLiteral("%1 行").arg(rows) << "\n";
+    return Ok;
 }
 
 bool DatabaseOptions::readServer(const QCommandLineParser& parser, const QString& host, ConnectionSettings& s,

@@ -19,6 +19,10 @@ int run(const QStringList& args, QTextStream& out, QTextStream& err);
 // Makes every later statement on the connection read-only: the engine itself refuses a write.
 void makeReadOnly(Connection& c);
 
+// The end of a command that wrote rows into a file: the file and its rows, or the error of a
+// write that failed (rows < 0). Gives the exit code.
+int reportWritten(qint64 rows, const QString& path, const QString& error, QTextStream& out, QTextStream& err);
+
 // The database options every command takes: --db FILE, or --server HOST[:PORT] --database NAME
 // [--user U] [--password P] [--tls off|require|verify-full] [--tls-root-cert FILE].
 struct DatabaseOptions {

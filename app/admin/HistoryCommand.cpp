@@ -64,12 +64,7 @@ int runHistory(const QStringList& args, QTextStream& out, QTextStream& err) {
         err << "zqrs-admin: " << e.message() << "\n";
         return Failed;
     }
-    if (rows < 0) {
-        err << "zqrs-admin: " << error << "\n";
-        return Failed;
-    }
-    out << path << "\n" << QStringLiteral("%1 行").arg(rows) << "\n";
-    return Ok;
+    return reportWritten(rows, path, error, out, err);
 }
 
 } // namespace zq::admin

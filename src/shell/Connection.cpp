@@ -78,6 +78,7 @@ int Connection::state() const {
 
 void Connection::open(const ConnectionSettings& s) {
     close();
+    m_readOnly = false;
     m_settings = s;
     m_dialect = Dialect::forSqlData(s.sqlData);
     m_db = QSqlDatabase();
@@ -192,13 +193,18 @@ void Connection::followSchema() {
     q.exec(QStringLiteral("select 1 from sqlite_master where 0"));
 }
 
+void Connection::makeReadOnly() {
+    execute(m_dialect.readOnlySession());
+    m_readOnly = true;
+}
+
 void Connection::beginTrans() {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"));
     if (m_inTransaction) throw DbError(QStringLiteral("事务已经开始"));
     // The driver's own begin is a deferred one on the file database; the dialect's waits for the
     // write lock first. Commit and rollback are the driver's.
     QSqlQuery q(m_db);
-    if (!q.exec(m_dialect.beginTransaction())) throw DbError(errorText(q.lastError()));
+    if (!q.exec(m_dialect.beginTransaction(m_readOnly))) throw DbError(errorText(q.lastError()));
     m_inTransaction = true;
 }
 

@@ -73,6 +73,9 @@ public:
     // server.
     void followSchema();
 
+    // Every later statement read-only, refused by the engine if it writes (until the next open).
+    void makeReadOnly();
+
     void beginTrans();
     void commitTrans();
     void rollbackTrans();
@@ -101,6 +104,7 @@ private:
     Dialect m_dialect;
     ConnectionSettings m_settings;
     bool m_inTransaction = false;
+    bool m_readOnly = false;
 };
 
 // A write meant for one row: none changed is a ConflictError, more than one a DbError.

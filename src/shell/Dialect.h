@@ -80,8 +80,14 @@ public:
     // Begins a transaction. The file database takes its write lock at the start, waiting its turn
     // behind other writers: a transaction that read first and wrote later would fail at once when
     // another client had written meanwhile, whatever the busy timeout.
-    QString beginTransaction() const {
-        return isServer() ? QStringLiteral("begin") : QStringLiteral("begin immediate");
+    // A read-only session takes no write lock.
+    QString beginTransaction(bool readOnly = false) const {
+        return isServer() || readOnly ? QStringLiteral("begin") : QStringLiteral("begin immediate");
+    }
+    // Makes a session read-only: the engine itself refuses every later write.
+    QString readOnlySession() const {
+        return isServer() ? QStringLiteral("set session characteristics as transaction read only")
+                          : QStringLiteral("pragma query_only=1");
     }
     // A statement that makes the writers of new keys of a table take turns until their transactions
     // end, or "" where the write transaction itself does that (the file database). Without it, a
