@@ -244,6 +244,19 @@ const QVector<Step>& steps() {
                  renumberSharedKeys(c, QLatin1String(k.table));
              addUniqueKeys(c, kOfficeKeys);
          }},
+        {9,
+         [](Connection& c) {
+             // The trees' and the home page's head counts are kept as the persons change, and the
+             // home page's dates within a state are found by index, so that neither reads the whole
+             // register at every look.
+             createHeadCounts(c);
+             const QString text = c.dialect().isServer() ? QStringLiteral("::text") : QString();
+             for (const char* column : {"fSpday", "contractlimt", "leavetime"})
+                 c.execute(QStringLiteral("create index if not exists ix_trsbasic_state_%1 on tRsBasic (fzt, (%2%3))")
+                               .arg(QString::fromLatin1(column).toLower(), QLatin1String(column), text));
+             if (c.dialect().isServer() || tableExists(c, QStringLiteral("sqlite_stat1")))
+                 c.execute(QStringLiteral("analyze tRsBasic"));
+         }},
     };
     return s;
 }
