@@ -66,14 +66,17 @@ HeadCounts::HeadCounts(const QString& table, qint32 state)
     }
     Recordset rs(conn(), QStringLiteral("select fValue,fCount from tRsHeadCount where fColumn=") +
                              quoted(m_column.toLower()) + QStringLiteral(" and fzt=") + state_ +
-                             QStringLiteral(" and fCount<>0 and fValue<>''"));
+                             QStringLiteral(" and fCount<>0 and fValue<>'' order by fValue") +
+                             (conn().dialect().isServer() ? QStringLiteral(" collate \"C\"") : QString()));
     QVector<QPair<QString, qint64>> groups;
     for (; !rs.eof(); rs.moveNext()) {
         const QString value = rs.text(0);
         m_oddValues = m_oddValues || std::any_of(value.cbegin(), value.cend(), lowersOntoAscii);
         groups.append({foldAscii(value), qint64(rs.val(1))});
     }
-    std::sort(groups.begin(), groups.end());
+    // Stored order is code-unit order unless letters were folded or a value lies beyond the basic
+    // plane: then it is sorted here.
+    if (!std::is_sorted(groups.begin(), groups.end())) std::sort(groups.begin(), groups.end());
     m_values.reserve(groups.size());
     m_prefix.reserve(groups.size() + 1);
     m_prefix.append(0);

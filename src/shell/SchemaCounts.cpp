@@ -6,8 +6,8 @@
 // is reading a few thousand rows.
 //
 // Values are kept exactly as stored (case and all), as the grouped count gave them: readers fold
-// and match them as before. On the server one trigger per statement sums the statement's changes
-// and applies them in key order, so that two clients never wait on each other's counts crosswise.
+// and match them as before. A moved person's counts change in key order, so that two clients
+// moving persons crosswise never wait on each other's counts.
 
 #include "Schema.h"
 
@@ -61,21 +61,32 @@ QString applyChanges(const QString& rows) {
 }
 
 void dropTriggers(Connection& c) {
-    if (c.dialect().isServer()) {
-        for (const char* suffix : {"_i", "_u", "_d"})
-            c.execute(QStringLiteral("drop trigger if exists zqc_trsbasic%1 on tRsBasic").arg(QLatin1String(suffix)));
-        c.execute(QStringLiteral("drop function if exists zqc_trsbasic()"));
-        return;
-    }
     for (const char* suffix : {"_i", "_u", "_d"})
-        c.execute(QStringLiteral("drop trigger if exists zqc_trsbasic%1").arg(QLatin1String(suffix)));
+        c.execute(c.dialect().isServer()
+                      ? QStringLiteral("drop trigger if exists zqc_trsbasic%1 on tRsBasic").arg(QLatin1String(suffix))
+                      : QStringLiteral("drop trigger if exists zqc_trsbasic%1").arg(QLatin1String(suffix)));
+    if (c.dialect().isServer()) c.execute(QStringLiteral("drop function if exists zqc_trsbasic()"));
 }
 
 void createTriggers(Connection& c) {
     const Dialect& d = c.dialect();
-    if (d.isServer()) {
-        const QString added = keyRows(d, QStringLiteral("r"), QStringLiteral("nt r"), QStringLiteral("1"));
-        const QString removed = keyRows(d, QStringLiteral("r"), QStringLiteral("ot r"), QStringLiteral("-1"));
+    const bool server = d.isServer();
+    const QString o = server ? QStringLiteral("OLD") : QStringLiteral("old");
+    const QString n = server ? QStringLiteral("NEW") : QStringLiteral("new");
+    const QString added = keyRows(d, n, QString(), QStringLiteral("1"));
+    const QString removed = keyRows(d, o, QString(), QStringLiteral("-1"));
+    const QString moved = removed + QStringLiteral(" union all ") + added;
+    // An update counts only when it changes a counted column, as stored.
+    QStringList changed{(server ? QStringLiteral("%1.fzt is distinct from %2.fzt") : QStringLiteral("%1.fzt is not %2.fzt"))
+                            .arg(o, n)};
+    for (const CountedKey& k : kKeys) {
+        const QString column = QLatin1String(k.column);
+        changed << (server ? QStringLiteral("%1.%3::text is distinct from %2.%3::text")
+                           : QStringLiteral("%1.%3 is not %2.%3 collate binary"))
+                       .arg(o, n, column);
+    }
+    const QString when = changed.join(QStringLiteral(" or "));
+    if (server) {
         c.execute(QStringLiteral("create function zqc_trsbasic() returns trigger language plpgsql as $zq$\n"
                                  "begin\n"
                                  "  if tg_op='INSERT' then %1;\n"
@@ -84,38 +95,44 @@ void createTriggers(Connection& c) {
                                  "  end if;\n"
                                  "  return null;\n"
                                  "end $zq$")
-                      .arg(applyChanges(added), applyChanges(removed + QStringLiteral(" union all ") + added),
-                           applyChanges(removed)));
-        c.execute(QStringLiteral("create trigger zqc_trsbasic_i after insert on tRsBasic referencing new table as nt "
-                                 "for each statement execute function zqc_trsbasic()"));
-        c.execute(QStringLiteral("create trigger zqc_trsbasic_u after update on tRsBasic referencing old table as ot "
-                                 "new table as nt for each statement execute function zqc_trsbasic()"));
-        c.execute(QStringLiteral("create trigger zqc_trsbasic_d after delete on tRsBasic referencing old table as ot "
-                                 "for each statement execute function zqc_trsbasic()"));
+                      .arg(applyChanges(added), applyChanges(moved), applyChanges(removed)));
+        c.execute(QStringLiteral("create trigger zqc_trsbasic_i after insert on tRsBasic for each row "
+                                 "execute function zqc_trsbasic()"));
+        c.execute(QStringLiteral("create trigger zqc_trsbasic_u after update on tRsBasic for each row when (%1) "
+                                 "execute function zqc_trsbasic()")
+                      .arg(when));
+        c.execute(QStringLiteral("create trigger zqc_trsbasic_d after delete on tRsBasic for each row "
+                                 "execute function zqc_trsbasic()"));
         return;
     }
-    const QString added = keyRows(d, QStringLiteral("new"), QString(), QStringLiteral("1"));
-    const QString removed = keyRows(d, QStringLiteral("old"), QString(), QStringLiteral("-1"));
-    QStringList columns;
-    for (const CountedKey& k : kKeys)
-        columns << QLatin1String(k.column);
     c.execute(QStringLiteral("create trigger zqc_trsbasic_i after insert on tRsBasic begin %1; end")
                   .arg(applyChanges(added)));
-    c.execute(QStringLiteral("create trigger zqc_trsbasic_u after update of fzt,%1 on tRsBasic begin %2; end")
-                  .arg(columns.join(QLatin1Char(',')), applyChanges(removed + QStringLiteral(" union all ") + added)));
+    c.execute(QStringLiteral("create trigger zqc_trsbasic_u after update on tRsBasic when %1 begin %2; end")
+                  .arg(when, applyChanges(moved)));
     c.execute(QStringLiteral("create trigger zqc_trsbasic_d after delete on tRsBasic begin %1; end")
                   .arg(applyChanges(removed)));
 }
 
 void recountHeads(Connection& c) {
     const Dialect& d = c.dialect();
-    c.execute(QStringLiteral("delete from tRsHeadCount"));
+    // Rows of values nobody holds any more stay, at nought, as the triggers leave them.
+    c.execute(QStringLiteral("update tRsHeadCount set fCount=0 where fCount<>0"));
     c.execute(QStringLiteral("insert into tRsHeadCount (fColumn,fValue,fzt,fCount) select c,v,z,sum(d) from (") +
               keyRows(d, QStringLiteral("r"), QStringLiteral("tRsBasic r"), QStringLiteral("1")) +
-              QStringLiteral(") x group by c,v,z"));
+              QStringLiteral(") x where true group by c,v,z on conflict (fColumn,fValue,fzt) do update set "
+                             "fCount=excluded.fCount"));
 }
 
 } // namespace
+
+void pauseHeadCounts(Connection& c, bool paused) {
+    // The file database counts a row in a few microseconds; the server's per-row call costs more
+    // than the row itself.
+    if (!c.dialect().isServer()) return;
+    c.execute(QStringLiteral("alter table tRsBasic %1 trigger zqc_trsbasic_i")
+                  .arg(paused ? QStringLiteral("disable") : QStringLiteral("enable")));
+    if (!paused) recountHeads(c);
+}
 
 void createHeadCounts(Connection& c) {
     const Dialect& d = c.dialect();
