@@ -294,10 +294,14 @@ private:
     QStringList m_codes, m_names, m_depts, m_deptNames, m_fields, m_captions;
 };
 
-double p99(std::vector<double> v) {
+double percentile(std::vector<double> v, double p) {
     if (v.empty()) return 0;
     std::sort(v.begin(), v.end());
-    return v[size_t(std::ceil(0.99 * double(v.size()))) - 1];
+    return v[size_t(std::max(1.0, std::ceil(p * double(v.size())))) - 1];
+}
+
+double p99(const std::vector<double>& v) {
+    return percentile(v, 0.99);
 }
 
 QString number(double v) {
@@ -454,22 +458,28 @@ Result runClerks(const QString& exe, const std::function<QStringList(int)>& clie
     }
     r.p99SaveMs = p99(saveMs);
     r.p99OpenMs = p99(openMs);
-    for (auto it = kindMs.cbegin(); it != kindMs.cend(); ++it)
+    for (auto it = kindMs.cbegin(); it != kindMs.cend(); ++it) {
+        r.p50Ms[it.key()] = percentile(it.value(), 0.5);
         r.p99Ms[it.key()] = p99(it.value());
+    }
     r.lost = countLost(r.ledger);
     return r;
 }
 
 QString jsonFields(const Result& r) {
-    QString kinds, p99s;
+    QString kinds;
     for (auto it = r.perKind.cbegin(); it != r.perKind.cend(); ++it) {
         if (!kinds.isEmpty()) kinds += QStringLiteral(", ");
         kinds += QStringLiteral("\"%1\": %2").arg(it.key()).arg(it.value());
     }
-    for (auto it = r.p99Ms.cbegin(); it != r.p99Ms.cend(); ++it) {
-        if (!p99s.isEmpty()) p99s += QStringLiteral(", ");
-        p99s += QStringLiteral("\"%1\": %2").arg(it.key(), number(it.value()));
-    }
+    const auto times = [](const QMap<QString, double>& ms) {
+        QString t;
+        for (auto it = ms.cbegin(); it != ms.cend(); ++it) {
+            if (!t.isEmpty()) t += QStringLiteral(", ");
+            t += QStringLiteral("\"%1\": %2").arg(it.key(), number(it.value()));
+        }
+        return t;
+    };
     return QStringLiteral("\"clients\": %1, \"actions\": %2, \"saves\": %3, \"lost\": %4, \"conflicts\": %5, "
                           "\"failed\": %6, \"lock_failed\": %7, \"p99_save_ms\": %8, \"p99_open_ms\": %9, ")
                .arg(r.clients)
@@ -480,7 +490,8 @@ QString jsonFields(const Result& r) {
                .arg(r.failed)
                .arg(r.lockFailed)
                .arg(number(r.p99SaveMs), number(r.p99OpenMs)) +
-           QStringLiteral("\"actions_by_kind\": {%1}, \"p99_ms_by_kind\": {%2}").arg(kinds, p99s);
+           QStringLiteral("\"actions_by_kind\": {%1}, \"p50_ms_by_kind\": {%2}, \"p99_ms_by_kind\": {%3}")
+               .arg(kinds, times(r.p50Ms), times(r.p99Ms));
 }
 
 QStringList databaseArgs(const ConnectionSettings& s) {

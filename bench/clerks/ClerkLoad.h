@@ -52,6 +52,7 @@ struct Result {
     double p99SaveMs = 0;
     double p99OpenMs = 0;
     QMap<QString, qint64> perKind; // actions by kind
+    QMap<QString, double> p50Ms;   // median of each kind
     QMap<QString, double> p99Ms;   // p99 of each kind
     QVector<Save> ledger;
     QStringList errors; // the first few failure messages, for the report
