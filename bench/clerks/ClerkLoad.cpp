@@ -31,6 +31,7 @@
 #include <QThread>
 #include <QTreeWidget>
 #include <random>
+#include <sys/resource.h>
 
 namespace zq::clerks {
 
@@ -294,6 +295,19 @@ private:
     QStringList m_codes, m_names, m_depts, m_deptNames, m_fields, m_captions;
 };
 
+// The machine's processor time so far, busy and in all, from /proc/stat (zeros where it is not).
+std::pair<qint64, qint64> machineTicks() {
+    QFile f(QStringLiteral("/proc/stat"));
+    if (!f.open(QIODevice::ReadOnly)) return {0, 0};
+    const QList<QByteArray> v = f.readLine().simplified().split(' ');
+    qint64 all = 0, idle = 0;
+    for (int i = 1; i < v.size(); ++i) {
+        all += v[i].toLongLong();
+        if (i == 4 || i == 5) idle += v[i].toLongLong(); // idle and waiting for the disk
+    }
+    return {all - idle, all};
+}
+
 double percentile(std::vector<double> v, double p) {
     if (v.empty()) return 0;
     std::sort(v.begin(), v.end());
@@ -392,6 +406,9 @@ Result runClerks(const QString& exe, const std::function<QStringList(int)>& clie
     r.clients = o.clients;
     QTemporaryDir dir;
     if (!dir.isValid()) throw DbError(QStringLiteral("no folder for the clerks' ledgers"));
+    // How busy the whole machine was meanwhile (the server included), and what the clerks' own
+    // processes spent: on a real site each clerk works on a machine of his own.
+    const auto ticksBefore = machineTicks();
     std::vector<std::unique_ptr<QProcess>> clients;
     for (int i = 0; i < o.clients; ++i) {
         auto p = std::make_unique<QProcess>();
@@ -420,6 +437,15 @@ Result runClerks(const QString& exe, const std::function<QStringList(int)>& clie
             ++r.failed;
         }
     }
+
+    const auto ticksAfter = machineTicks();
+    if (ticksAfter.second > ticksBefore.second)
+        r.machineBusyPct = 100.0 * double(ticksAfter.first - ticksBefore.first) /
+                           double(ticksAfter.second - ticksBefore.second);
+    rusage children{};
+    if (getrusage(RUSAGE_CHILDREN, &children) == 0)
+        r.clientsCpuS = double(children.ru_utime.tv_sec + children.ru_stime.tv_sec) +
+                        double(children.ru_utime.tv_usec + children.ru_stime.tv_usec) / 1e6;
 
     std::vector<double> saveMs, openMs;
     QMap<QString, std::vector<double>> kindMs;
@@ -481,7 +507,8 @@ QString jsonFields(const Result& r) {
         return t;
     };
     return QStringLiteral("\"clients\": %1, \"actions\": %2, \"saves\": %3, \"lost\": %4, \"conflicts\": %5, "
-                          "\"failed\": %6, \"lock_failed\": %7, \"p99_save_ms\": %8, \"p99_open_ms\": %9, ")
+                          "\"failed\": %6, \"lock_failed\": %7, \"p99_save_ms\": %8, \"p99_open_ms\": %9, "
+                          "\"machine_busy_pct\": %10, \"clients_cpu_s\": %11, ")
                .arg(r.clients)
                .arg(r.actions)
                .arg(r.saved)
@@ -489,7 +516,9 @@ QString jsonFields(const Result& r) {
                .arg(r.conflicts)
                .arg(r.failed)
                .arg(r.lockFailed)
-               .arg(number(r.p99SaveMs), number(r.p99OpenMs)) +
+               .arg(number(r.p99SaveMs), number(r.p99OpenMs))
+               .arg(r.machineBusyPct, 0, 'f', 1)
+               .arg(r.clientsCpuS, 0, 'f', 1) +
            QStringLiteral("\"actions_by_kind\": {%1}, \"p50_ms_by_kind\": {%2}, \"p99_ms_by_kind\": {%3}")
                .arg(kinds, times(r.p50Ms), times(r.p99Ms));
 }

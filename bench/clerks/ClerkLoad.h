@@ -51,6 +51,8 @@ struct Result {
     int lost = 0;
     double p99SaveMs = 0;
     double p99OpenMs = 0;
+    double machineBusyPct = 0; // the whole machine's processors while the clerks worked
+    double clientsCpuS = 0;    // processor time the clerks' own processes spent
     QMap<QString, qint64> perKind; // actions by kind
     QMap<QString, double> p50Ms;   // median of each kind
     QMap<QString, double> p99Ms;   // p99 of each kind
