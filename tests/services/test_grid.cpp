@@ -267,7 +267,9 @@ private slots:
             grid.setText(r, 0, QString::number(100 - r));
         QAbstractItemModel* m = grid.view()->model();
         QCOMPARE(m->headerData(0, Qt::Vertical).toString(), QStringLiteral("99"));
+        QCOMPARE(grid.rowHeaderText(1), QStringLiteral("99"));
         grid.setNumberedRows(true);
+        QCOMPARE(grid.rowHeaderText(1), QStringLiteral("1")); // as printed and exported too
         QStringList shown;
         for (int r = 0; r < 3; ++r)
             shown << m->headerData(r, Qt::Vertical).toString();

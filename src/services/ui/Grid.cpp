@@ -495,6 +495,10 @@ bool ZqGrid::numberedRows() const {
     return m_model->m_numbered;
 }
 
+QString ZqGrid::rowHeaderText(int row) const {
+    return m_model->headerData(row - 1, Qt::Vertical, Qt::DisplayRole).toString();
+}
+
 void ZqGrid::setNumberedRows(bool on) {
     m_model->m_numbered = on;
     if (maxRows() > 0) emit m_model->headerDataChanged(Qt::Vertical, 0, maxRows() - 1);

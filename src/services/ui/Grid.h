@@ -144,6 +144,9 @@ public:
     // the rows' keys (text(row, 0)) without being shown.
     bool numberedRows() const;
     void setNumberedRows(bool on);
+    // A row's header as shown (and printed or exported): its number when rows are numbered or it
+    // holds no text, else the text put there.
+    QString rowHeaderText(int row) const;
 
     // Clicking selects whole rows.
     bool rowSelection() const;

@@ -67,7 +67,7 @@ bool GridRowSource::next(QStringList& cells) {
     ++m_row;
     cells.clear();
     for (int c : m_cols)
-        cells << m_grid.text(m_row, c);
+        cells << (c == 0 ? m_grid.rowHeaderText(m_row) : m_grid.text(m_row, c));
     return true;
 }
 
