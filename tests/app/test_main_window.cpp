@@ -19,6 +19,7 @@
 #include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProcess>
 #include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -159,6 +160,22 @@ private slots:
         QVERIFY(logIn());
         QCOMPARE(prompts->messages(), QStringList({"自您上次查看新闻公告以来, 又发布了 1 条公告。"}));
         QCOMPARE(status->text(), QStringLiteral("新公告: 1 条"));
+    }
+
+    // Help needs no display: the host answers it before any window exists.
+    void helpWithoutADisplay() {
+        QProcess host;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const char* v : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            env.remove(QLatin1String(v));
+        host.setProcessEnvironment(env);
+        host.start(QStringLiteral(ZQ_HOST_EXE), {QStringLiteral("--help")});
+        QVERIFY(host.waitForFinished(30000));
+        QCOMPARE(host.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(host.exitCode(), 0);
+        const QString out = QString::fromUtf8(host.readAllStandardOutput());
+        QVERIFY2(out.contains(QStringLiteral("--db")) && out.contains(QStringLiteral("人事管理系统")),
+                 qPrintable(out));
     }
 
     // One entry a screen, named for what it opens; the other keys of a screen still work.
