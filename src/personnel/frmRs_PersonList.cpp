@@ -3,10 +3,10 @@
 #include "PersonListData.h"
 #include "printing/Print.h"
 #include "services/ui/BriefDialog.h"
-#include "services/ui/GridExport.h"
 #include "services/ui/ComboLookups.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
 #include "shell/Connection.h"
@@ -137,9 +137,14 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     connect(m_chartField, &QComboBox::currentIndexChanged, this, &frmRs_PersonList::drawChart);
     connect(m_pie, &QCheckBox::toggled, this, &frmRs_PersonList::drawChart);
     connect(save, &QPushButton::clicked, this, [this] {
-        const QString file =
-            PickFile(2, 0, m_chartField->currentText() + QStringLiteral(".png"), QStringLiteral("保存图片"),
-                     QStringLiteral("PNG 图片 (*.png);;PDF 文件 (*.pdf)"));
+        // A new file is written: the save dialog, which asks before it replaces one.
+        FileRequest r;
+        r.mode = FileRequest::Save;
+        r.title = QStringLiteral("保存图片");
+        r.filter = QStringLiteral("PNG 图片|*.png|PDF 文件|*.pdf");
+        r.flags = cdlOFNOverwritePrompt | cdlOFNPathMustExist | cdlOFNHideReadOnly;
+        r.fileName = m_chartField->currentText() + QStringLiteral(".png");
+        const QString file = prompts().file(r);
         if (!file.isEmpty() && !saveChart(file))
             ShowMsg(QStringLiteral("图片保存失败: %1").arg(file), vbExclamation, windowTitle());
     });
