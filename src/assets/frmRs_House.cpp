@@ -20,6 +20,7 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPalette>
@@ -143,7 +144,7 @@ void frmRs_House::showRoomPlaces() {
         if (place->kind != 0 && place->limit > 0 && place->free() <= 0) (*it)->setForeground(2, Qt::darkRed);
     }
     for (int c = 1; c < 3; ++c)
-        m_tree->resizeColumnToContents(c);
+        m_tree->header()->setSectionResizeMode(c, QHeaderView::ResizeToContents);
     m_lblStatus->show();
 }
 

@@ -25,6 +25,7 @@
 #include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontMetrics>
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -402,7 +403,7 @@ void frmRs_PersonList::drawChart() {
             // their names.
             chart->legend()->setAlignment(Qt::AlignRight);
             chart->legend()->setShowToolTips(true);
-            minimumHeight = int(values.size()) * 22 + 90;
+            minimumHeight = int(values.size()) * (QFontMetrics(uiFont(9)).height() + 8) + 90;
         } else {
             qsizetype longest = 0;
             for (const CountedValue& v : values)
@@ -435,7 +436,8 @@ void frmRs_PersonList::drawChart() {
             chart->addAxis(y, across ? Qt::AlignBottom : Qt::AlignLeft);
             bars->attachAxis(y);
             chart->legend()->hide();
-            if (across) minimumHeight = int(values.size()) * 24 + 100;
+            // A label keeps its name only while its bar's share of the height holds a line of text.
+            if (across) minimumHeight = int(values.size()) * (QFontMetrics(uiFont(9)).height() + 16) + 120;
         }
     }
     m_chartView->setMinimumHeight(qMax(260, minimumHeight));
