@@ -24,7 +24,8 @@ int RoomKind(bool room, bool forMen) {
 QHash<QString, RoomPlace> RoomPlaces() {
     QHash<QString, RoomPlace> rooms;
     QStringList codes;
-    for (const QStringList& r : ReadRows(QStringLiteral("select fCode,fName,fYnxj,fLimited from tRs_House"))) {
+    for (const QStringList& r :
+         ReadRows(QStringLiteral("select fCode,fName,fYnxj,fLimited from tRs_House"))) {
         RoomPlace p;
         p.code = r.value(0).trimmed();
         p.name = r.value(1);
@@ -56,13 +57,15 @@ QString RoomPickStatus(const RoomPlace& room, const QString& sex, const QString&
     const bool woman = s == QStringLiteral("女") || s == QStringLiteral("0");
     if ((room.kind == 1 && woman) || (room.kind == 2 && man))
         warnings << QStringLiteral("注意：%1 是%2房间，此员工性别为%3。")
-                        .arg(room.name, RoomKindWord(room.kind), man ? QStringLiteral("男") : QStringLiteral("女"));
+                        .arg(room.name, RoomKindWord(room.kind),
+                             man ? QStringLiteral("男") : QStringLiteral("女"));
     const bool livesThere = !personRoom.trimmed().isEmpty() && personRoom.trimmed().startsWith(room.code);
     if (room.kind != 0 && room.limit > 0 && room.free() <= 0 && !livesThere)
         warnings << QStringLiteral("注意：%1 已住满（限%2人）。").arg(room.name).arg(room.limit, 0, 'g', 15);
     if (warned) *warned = !warnings.isEmpty();
-    QString line = room.kind == 0 ? QStringLiteral("%1：房间分类，共住%2人").arg(room.name).arg(room.residents)
-                                  : QStringLiteral("%1：%2房间").arg(room.name, RoomKindWord(room.kind));
+    QString line = room.kind == 0
+                       ? QStringLiteral("%1：房间分类，共住%2人").arg(room.name).arg(room.residents)
+                       : QStringLiteral("%1：%2房间").arg(room.name, RoomKindWord(room.kind));
     if (room.kind != 0) {
         if (room.limit > 0)
             line += QStringLiteral("，限%1人，已住%2人，%3")

@@ -36,6 +36,7 @@ QString RoomFreeText(const RoomPlace& room);
 // warning when a person of `sex` ("男"/"女", or the codes "1"/"0") does not belong in a room of that
 // kind, or when the room is full and the person (whose room code is `personRoom`) does not live there
 // already. `warned` tells whether there was one.
-QString RoomPickStatus(const RoomPlace& room, const QString& sex, const QString& personRoom, bool* warned = nullptr);
+QString RoomPickStatus(const RoomPlace& room, const QString& sex, const QString& personRoom,
+                       bool* warned = nullptr);
 
 } // namespace zq

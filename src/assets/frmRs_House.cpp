@@ -3,10 +3,10 @@
 #include "assets/HouseData.h"
 #include "printing/Print.h"
 #include "services/ui/BriefDialog.h"
-#include "services/ui/GridExport.h"
 #include "services/ui/DeptTree.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
@@ -155,8 +155,8 @@ void frmRs_House::showPickStatus(const QString& code) {
         return;
     }
     bool warned = false;
-    m_lblStatus->setText(RoomPickStatus(*place, property("PersonSex").toString(),
-                                        property("PersonRoom").toString(), &warned));
+    m_lblStatus->setText(
+        RoomPickStatus(*place, property("PersonSex").toString(), property("PersonRoom").toString(), &warned));
     m_lblStatus->setStyleSheet(warned ? QStringLiteral("color: #b00000") : QString());
 }
 

@@ -5,8 +5,8 @@
 #include "printing/Print.h"
 #include "services/Lookups.h"
 #include "services/ui/ComboLookups.h"
-#include "services/ui/GridExport.h"
 #include "services/ui/Grid.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
 #include "shell/DbError.h"
@@ -278,7 +278,8 @@ void frmRs_PersonAssign::showSaved() {
     const QString who = saved.name + QLatin1Char('(') + saved.code + QLatin1Char(')');
     m_lblStatus->setText(
         GetPersonState(saved.code)
-            ? QStringLiteral("调令 %1 已存盘。%2 的人员档案未改动，部门和职务仍是原来的；要修改请按“人员档案”。")
+            ? QStringLiteral(
+                  "调令 %1 已存盘。%2 的人员档案未改动，部门和职务仍是原来的；要修改请按“人员档案”。")
                   .arg(saved.number, who)
             : QStringLiteral("调令 %1 已存盘。%2 已不在职，人员档案未改动。").arg(saved.number, who));
 }
@@ -316,21 +317,21 @@ void frmRs_PersonAssign::cmdChg_Click() {
     for (int c = 1; c <= 12; ++c)
         loaded.insert(MoveListColumns().at(c - 1), m_grid->text(row, c));
     const int result = openForm(QStringLiteral("frmRs_PersonAssignOk"), this,
-             {{QStringLiteral("Text1_2"), cell(1)},
-              {QStringLiteral("Text1_1"), cell(2)},
-              {QStringLiteral("Text1_0"), cell(3)},
-              {QStringLiteral("cboOldUnit"), cell(4)},
-              {QStringLiteral("cboOldDept"), cell(5)},
-              {QStringLiteral("Text1_5"), cell(6)},
-              {QStringLiteral("cboNewUnit"), cell(7)},
-              {QStringLiteral("cboNewDept"), cell(8)},
-              {QStringLiteral("Text1_8"), cell(9)},
-              {QStringLiteral("Text1_9"), cell(10)},
-              {QStringLiteral("Text1_10"), cell(11)},
-              {QStringLiteral("DTPStart"), QDate::fromString(cell(12), Qt::ISODate)},
-              {QStringLiteral("Caption"), QStringLiteral("调令修改")},
-              {QStringLiteral("Loaded"), loaded},
-              {QStringLiteral("cmdOkTag"), 2}});
+                                {{QStringLiteral("Text1_2"), cell(1)},
+                                 {QStringLiteral("Text1_1"), cell(2)},
+                                 {QStringLiteral("Text1_0"), cell(3)},
+                                 {QStringLiteral("cboOldUnit"), cell(4)},
+                                 {QStringLiteral("cboOldDept"), cell(5)},
+                                 {QStringLiteral("Text1_5"), cell(6)},
+                                 {QStringLiteral("cboNewUnit"), cell(7)},
+                                 {QStringLiteral("cboNewDept"), cell(8)},
+                                 {QStringLiteral("Text1_8"), cell(9)},
+                                 {QStringLiteral("Text1_9"), cell(10)},
+                                 {QStringLiteral("Text1_10"), cell(11)},
+                                 {QStringLiteral("DTPStart"), QDate::fromString(cell(12), Qt::ISODate)},
+                                 {QStringLiteral("Caption"), QStringLiteral("调令修改")},
+                                 {QStringLiteral("Loaded"), loaded},
+                                 {QStringLiteral("cmdOkTag"), 2}});
     const bool saved = result == QDialog::Accepted;
     cmdSeek_Click();
     if (saved) showSaved();

@@ -141,7 +141,8 @@ frmRs_PersonAssignOk::frmRs_PersonAssignOk(QWidget* parent)
     buttons->addWidget(m_cmdOk);
     buttons->addWidget(m_cmdExit);
     // A clerk who starts here expects the person to move too: the order says what it does.
-    auto* note = new QLabel(QStringLiteral("调令只记录调动，不改动人员档案里的部门和职务；档案请在人员档案中修改。"), this);
+    auto* note = new QLabel(
+        QStringLiteral("调令只记录调动，不改动人员档案里的部门和职务；档案请在人员档案中修改。"), this);
     note->setObjectName(QStringLiteral("lblNote"));
     note->setStyleSheet(QStringLiteral("color: #555555"));
     auto* layout = new QVBoxLayout(this);

@@ -345,7 +345,8 @@ QVector<CountedValue> CountedValues(const QVector<QStringList>& table, int capti
     for (int c = 1; c < heads.size(); ++c) {
         // The table's columns run as far as its widest field: a blank pair past the first ends this one.
         if (c >= 2 && heads.at(c).isEmpty() && counts.value(c).isEmpty()) break;
-        values.append({heads.at(c).isEmpty() ? QStringLiteral("(空)") : heads.at(c), counts.value(c).toLongLong()});
+        values.append(
+            {heads.at(c).isEmpty() ? QStringLiteral("(空)") : heads.at(c), counts.value(c).toLongLong()});
     }
     std::stable_sort(values.begin(), values.end(),
                      [](const CountedValue& a, const CountedValue& b) { return a.persons > b.persons; });
@@ -364,7 +365,8 @@ QVector<QStringList> CountTotalsRows(const QVector<CountedValue>& values) {
     for (const CountedValue& v : values)
         total += v.persons;
     const auto share = [total](qint64 n) {
-        return total == 0 ? QStringLiteral("0.0%") : QString::number(100.0 * double(n) / double(total), 'f', 1) + QLatin1Char('%');
+        return total == 0 ? QStringLiteral("0.0%")
+                          : QString::number(100.0 * double(n) / double(total), 'f', 1) + QLatin1Char('%');
     };
     QVector<QStringList> rows;
     for (const CountedValue& v : values)

@@ -3,10 +3,10 @@
 #include "PersonListData.h"
 #include "printing/Print.h"
 #include "services/ui/BriefDialog.h"
-#include "services/ui/GridExport.h"
 #include "services/ui/ComboLookups.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
 #include "shell/Connection.h"
@@ -20,7 +20,6 @@
 #include <QBarCategoryAxis>
 #include <QBarSeries>
 #include <QBarSet>
-#include <QHorizontalBarSeries>
 #include <QChart>
 #include <QChartView>
 #include <QCheckBox>
@@ -29,6 +28,7 @@
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHorizontalBarSeries>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -390,7 +390,8 @@ void frmRs_PersonList::drawChart() {
     m_gridTotals->setMaxRows(0);
     if (!values.isEmpty()) {
         m_gridTotals->loadRows(totals);
-        chart->setTitle(QStringLiteral("%1（合计 %2 人）").arg(m_counts.at(r).value(0), totals.last().value(1)));
+        chart->setTitle(
+            QStringLiteral("%1（合计 %2 人）").arg(m_counts.at(r).value(0), totals.last().value(1)));
         if (m_pie->isChecked()) {
             auto* pie = new QPieSeries;
             for (const CountedValue& v : values)

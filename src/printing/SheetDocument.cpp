@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <QPainter>
-#include <QTextLayout>
 
 namespace zq {
 
@@ -228,7 +227,9 @@ void drawFront(Sheet& s, const PersonSheet& p, const QImage& photo, const SheetC
 
     s.block(QStringLiteral("主 要 工 作 简 历"), row, kSheetWorkRows + 1);
     s.table(cap, QStringLiteral("tRsWork"),
-            {{"fYear", "起止年月", 1, 3}, {"fBm", "单    位", 3, 5}, {"fRz", "任    职", 5, 6},
+            {{"fYear", "起止年月", 1, 3},
+             {"fBm", "单    位", 3, 5},
+             {"fRz", "任    职", 5, 6},
              {"fWk", "所从事工作", 6, 8}},
             row, p.work, kSheetWorkRows);
 }
@@ -239,8 +240,11 @@ void drawBack(Sheet& s, const PersonSheet& p, const SheetCaptions& cap) {
     int row = 0;
     s.block(QStringLiteral("主 要 家 庭 成 员"), row, kSheetFamilyRows + 1);
     s.table(cap, QStringLiteral("tRsFamily"),
-            {{"fCh", "称    谓", 1, 2}, {"fName", "姓    名", 2, 3}, {"fNy", "出生年月", 3, 4},
-             {"fDw", "工作单位、职务或住址", 4, 7}, {"fZz", "政治面貌", 7, 8}},
+            {{"fCh", "称    谓", 1, 2},
+             {"fName", "姓    名", 2, 3},
+             {"fNy", "出生年月", 3, 4},
+             {"fDw", "工作单位、职务或住址", 4, 7},
+             {"fZz", "政治面貌", 7, 8}},
             row, p.family, kSheetFamilyRows);
     row += kSheetFamilyRows + 1;
 
@@ -273,8 +277,8 @@ void drawBack(Sheet& s, const PersonSheet& p, const SheetCaptions& cap) {
 
     s.block(QStringLiteral("奖 励 与 处 分"), row, kSheetAwardRows + 1);
     s.table(cap, QStringLiteral("tRsMeed"),
-            {{"fYear", "时    间", 1, 3}, {"fyy", "事    件", 3, 7}, {"fjc", "奖励或处罚", 7, 8}}, row, p.awards,
-            kSheetAwardRows);
+            {{"fYear", "时    间", 1, 3}, {"fyy", "事    件", 3, 7}, {"fjc", "奖励或处罚", 7, 8}}, row,
+            p.awards, kSheetAwardRows);
 }
 
 // The base font's measures in twips: the probe character's width and the line's height, never
@@ -393,30 +397,14 @@ bool FitTextCell(Canvas& c, const QString& text, double left, double right, doub
     const double avail = right - left - 48;
     if (avail <= 0) return false;
     const QString family = baseFamily();
-    const auto widthAt = [&](double size) { return twipsOf(c, c.metrics(c.font(family, size)).horizontalAdvance(text)); };
-    const auto lineHeightAt = [&](double size) { return twipsOf(c, c.metrics(c.font(family, size)).height()); };
-    // The lines of the text at a size, broken between words or between Chinese characters; a run of
-    // digits or letters alone wider than the cell is broken too, and `brokeWord` says so.
-    const auto isWordChar = [](QChar ch) { return !ch.isSpace() && ch.unicode() < 0x2E80; };
-    const auto linesAt = [&](double size, bool* brokeWord = nullptr) {
-        QStringList lines;
-        if (brokeWord) *brokeWord = false;
-        const QFont f = c.font(family, size);
-        const double limit = c.dots(mm(avail));
-        QTextLayout layout(text, f, c.painter().device());
-        QTextOption option;
-        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-        layout.setTextOption(option);
-        layout.beginLayout();
-        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-            line.setLineWidth(limit);
-            const int end = line.textStart() + line.textLength();
-            if (brokeWord && end > 0 && end < text.size() && isWordChar(text.at(end - 1)) && isWordChar(text.at(end)))
-                *brokeWord = true;
-            lines << text.mid(line.textStart(), line.textLength()).trimmed();
-        }
-        layout.endLayout();
-        return lines;
+    const auto widthAt = [&](double size) {
+        return twipsOf(c, c.metrics(c.font(family, size)).horizontalAdvance(text));
+    };
+    const auto lineHeightAt = [&](double size) {
+        return twipsOf(c, c.metrics(c.font(family, size)).height());
+    };
+    const auto linesAt = [&](double size, bool* brokeWord) {
+        return breakLines(text, c.font(family, size), c.dots(mm(avail)), c.painter().device(), brokeWord);
     };
     const auto draw = [&](const QStringList& lines, double size, bool clip) {
         QPainter& p = c.painter();
@@ -453,7 +441,7 @@ bool FitTextCell(Canvas& c, const QString& text, double left, double right, doub
                 return true;
             }
         }
-    draw(linesAt(kSmallest), kSmallest, true);
+    draw(linesAt(kSmallest, nullptr), kSmallest, true);
     return false;
 }
 

@@ -28,12 +28,11 @@ QString pairText(const QString& name, const QString& value) {
 // Runs of digits and letters longer than this may break: a column never widens past them.
 constexpr int kLongestWord = 24;
 
-// The longest run of a text that a line must not break: digits, letters and their signs (an
-// identity card, a telephone number, a code), not Chinese, which breaks between any two characters.
+// The longest run of a text that a line must not break (see isWordChar), at most kLongestWord.
 QString longestWord(const QString& text) {
     qsizetype best = 0, bestAt = 0, start = -1;
     for (qsizetype i = 0; i <= text.size(); ++i) {
-        const bool word = i < text.size() && !text.at(i).isSpace() && text.at(i).unicode() < 0x2E80;
+        const bool word = i < text.size() && isWordChar(text.at(i));
         if (word && start < 0) start = i;
         if (!word && start >= 0) {
             if (i - start > best) {
@@ -58,8 +57,10 @@ QVector<double> spread(const QVector<double>& natural, const QVector<double>& ne
     for (int round = 0; round < natural.size(); ++round) {
         double deficit = 0, slack = 0;
         for (int i = 0; i < widths.size(); ++i) {
-            if (widths.at(i) < need.at(i)) deficit += need.at(i) - widths.at(i);
-            else slack += widths.at(i) - need.at(i);
+            if (widths.at(i) < need.at(i))
+                deficit += need.at(i) - widths.at(i);
+            else
+                slack += widths.at(i) - need.at(i);
         }
         if (deficit <= 0.01 || slack < deficit) break;
         for (int i = 0; i < widths.size(); ++i) {

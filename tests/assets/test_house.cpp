@@ -191,8 +191,11 @@ private slots:
         QVERIFY(closedByDoubleClick);
         QVERIFY(pickerHidesEditing);
         QCOMPARE(shown, QStringList({"/", "男生/已满", "女生/空4位"}));
-        QCOMPARE(told.at(0), QStringLiteral("注意：101室 已住满（限2人）。 101室：男生房间，限2人，已住3人，已满"));
-        QCOMPARE(told.at(1), QStringLiteral("注意：102室 是女生房间，此员工性别为男。 102室：女生房间，限4人，已住0人，空4位"));
+        QCOMPARE(told.at(0),
+                 QStringLiteral("注意：101室 已住满（限2人）。 101室：男生房间，限2人，已住3人，已满"));
+        QCOMPARE(told.at(1),
+                 QStringLiteral(
+                     "注意：102室 是女生房间，此员工性别为男。 102室：女生房间，限4人，已住0人，空4位"));
         QCOMPARE(test::child<QLineEdit>(basic, "Text2(48)")->text(), QStringLiteral("102"));
         // The person in hand stays.
         QCOMPARE(G().CurPersonCode, QStringLiteral("010"));

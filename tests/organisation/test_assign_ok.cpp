@@ -182,7 +182,8 @@ private slots:
         for (const char* name : {"cboOldDept", "cboNewDept"}) {
             auto* c = d.findChild<QComboBox*>(name);
             QCOMPARE(c->view()->textElideMode(), Qt::ElideNone);
-            const int widest = c->view()->fontMetrics().horizontalAdvance(QStringLiteral("研发中心软件开发部测试一室"));
+            const int widest =
+                c->view()->fontMetrics().horizontalAdvance(QStringLiteral("研发中心软件开发部测试一室"));
             QVERIFY2(c->view()->minimumWidth() > widest, name);
             QVERIFY2(c->width() > widest, name); // the box itself shows the whole name
         }

@@ -203,7 +203,8 @@ private slots:
         other.execute("update trsPersonMove set chgperson='另一人' where moveNmb=1");
         w.grid()->setActiveCell(1, 1);
         changeActiveOrder(w, QStringLiteral("经理"));
-        QVERIFY2(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
+        QVERIFY2(m_prompts->messages().last().startsWith(
+                     QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
                  qPrintable(m_prompts->messages().join('|')));
         QCOMPARE(one("select chgperson||'/'||coalesce(newworktype,'') from trsPersonMove where moveNmb=1"),
                  QString("另一人/"));

@@ -18,14 +18,14 @@
 #include <QBarSet>
 #include <QChart>
 #include <QChartView>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QGraphicsScene>
 #include <QGraphicsTextItem>
 #include <QHorizontalBarSeries>
+#include <QLabel>
 #include <QLegend>
 #include <QLegendMarker>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPieSeries>
@@ -196,7 +196,8 @@ private slots:
         field->setCurrentIndex(field->findText("现属部门"));
         const QStringList depts = [] {
             QStringList names;
-            for (Recordset rs(conn(), "select distinct fBmName from tRsBasic where fzt=1"); !rs.eof(); rs.moveNext())
+            for (Recordset rs(conn(), "select distinct fBmName from tRsBasic where fzt=1"); !rs.eof();
+                 rs.moveNext())
                 names << rs.text(0);
             return names;
         }();

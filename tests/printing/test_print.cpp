@@ -281,19 +281,22 @@ private slots:
     void identityCardsStayOnOneLine() {
         TableData list;
         list.columns << TableColumn{QStringLiteral("工号"), 6} << TableColumn{QStringLiteral("姓名"), 8}
-                     << TableColumn{QStringLiteral("身份证号"), 10} << TableColumn{QStringLiteral("现住址"), 30}
+                     << TableColumn{QStringLiteral("身份证号"), 10}
+                     << TableColumn{QStringLiteral("现住址"), 30}
                      << TableColumn{QStringLiteral("现任职务"), 14} << TableColumn{QStringLiteral("部门"), 14}
                      << TableColumn{QStringLiteral("电话"), 12} << TableColumn{QStringLiteral("备注"), 20}
                      << TableColumn{QStringLiteral("籍贯"), 12} << TableColumn{QStringLiteral("学历"), 8}
-                     << TableColumn{QStringLiteral("专业"), 14} << TableColumn{QStringLiteral("毕业学校"), 16};
+                     << TableColumn{QStringLiteral("专业"), 14}
+                     << TableColumn{QStringLiteral("毕业学校"), 16};
         QStringList cards;
         for (int r = 0; r < 30; ++r) {
             cards << QStringLiteral("3101011990030%1").arg(r + 1000, 5, 10, QLatin1Char('0')).left(17) +
                          QLatin1Char(r % 2 ? 'X' : '7');
             list.rows << TableRow{{QStringLiteral("A%1").arg(r), QStringLiteral("欧阳晓明"), cards.last(),
-                                   QStringLiteral("上海市浦东新区世纪大道一百号二十三楼"), QStringLiteral("副经理"),
-                                   QStringLiteral("人力资源部"), QStringLiteral("13912345678"), QString(),
-                                   QStringLiteral("江苏南京"), QStringLiteral("本科"), QStringLiteral("会计"),
+                                   QStringLiteral("上海市浦东新区世纪大道一百号二十三楼"),
+                                   QStringLiteral("副经理"), QStringLiteral("人力资源部"),
+                                   QStringLiteral("13912345678"), QString(), QStringLiteral("江苏南京"),
+                                   QStringLiteral("本科"), QStringLiteral("会计"),
                                    QStringLiteral("上海财经大学")},
                                   0};
         }

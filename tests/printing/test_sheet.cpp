@@ -207,7 +207,8 @@ private slots:
     void valuesFitTheirCells() {
         const QString card = QStringLiteral("110101199003071234");
         addPerson(QStringLiteral("F001"), QStringLiteral("欧阳晓明"));
-        exec(QStringLiteral("update tRsBasic set fSfz=?, fRz=?, staycode=?, fzy=?, fUnit=? where fCode='F001'"),
+        exec(QStringLiteral(
+                 "update tRsBasic set fSfz=?, fRz=?, staycode=?, fzy=?, fUnit=? where fCode='F001'"),
              {card, QStringLiteral("人力资源部副经理兼培训主管"), QStringLiteral("沪暂字第20231234567号"),
               QStringLiteral("计算机科学与技术"), QStringLiteral("华东精密机械有限公司苏州分公司")});
         exec(QStringLiteral("insert into tRsWork (fCode,fYear,fBm,fRz,fWk,fType) values (?,?,?,?,?,2)"),

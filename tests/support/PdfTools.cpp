@@ -43,9 +43,9 @@ bool pdfLandscape(const QString& pdf) {
 
 QVector<PdfWord> pdfWords(const QString& pdf, int page) {
     const QString html =
-        run(QStringLiteral("pdftotext"), {QStringLiteral("-bbox"), QStringLiteral("-enc"), QStringLiteral("UTF-8"),
-                                          QStringLiteral("-f"), QString::number(page), QStringLiteral("-l"),
-                                          QString::number(page), pdf, QStringLiteral("-")});
+        run(QStringLiteral("pdftotext"),
+            {QStringLiteral("-bbox"), QStringLiteral("-enc"), QStringLiteral("UTF-8"), QStringLiteral("-f"),
+             QString::number(page), QStringLiteral("-l"), QString::number(page), pdf, QStringLiteral("-")});
     static const QRegularExpression word(QStringLiteral(
         "<word xMin=\"([\\d.]+)\" yMin=\"([\\d.]+)\" xMax=\"([\\d.]+)\" yMax=\"([\\d.]+)\">([^<]*)</word>"));
     constexpr double mmPerPoint = 25.4 / 72;
@@ -59,7 +59,8 @@ QVector<PdfWord> pdfWords(const QString& pdf, int page) {
             .replace(QStringLiteral("&lt;"), QStringLiteral("<"))
             .replace(QStringLiteral("&gt;"), QStringLiteral(">"))
             .replace(QStringLiteral("&quot;"), QStringLiteral("\""));
-        words.append({text, QRectF(x0 * mmPerPoint, y0 * mmPerPoint, (x1 - x0) * mmPerPoint, (y1 - y0) * mmPerPoint)});
+        words.append(
+            {text, QRectF(x0 * mmPerPoint, y0 * mmPerPoint, (x1 - x0) * mmPerPoint, (y1 - y0) * mmPerPoint)});
     }
     return words;
 }

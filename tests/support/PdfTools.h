@@ -2,8 +2,8 @@
 
 #include <QRectF>
 #include <QString>
-#include <QVector>
 #include <QStringList>
+#include <QVector>
 
 namespace zq::test {
 

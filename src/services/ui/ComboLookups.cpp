@@ -66,7 +66,8 @@ void ShowWholeNames(QComboBox* combo) {
     for (int i = 0; i < combo->count(); ++i)
         widest = qMax(widest, fm.horizontalAdvance(combo->itemText(i)));
     // Room for the list's frame and its scroll bar beside the longest name.
-    list->setMinimumWidth(widest + 2 * list->frameWidth() + list->style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 16);
+    list->setMinimumWidth(widest + 2 * list->frameWidth() +
+                          list->style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 16);
     // An editable box would shrink below its longest name in a layout; up to a sane width it may not.
     combo->setMinimumWidth(qMin(combo->sizeHint().width(), 480));
 }
