@@ -17,6 +17,11 @@ struct Context {
     QString engine; // "sqlite" or "postgresql"
     qint64 persons = 0;
     QSqlDatabase raw;
+    // Of the workloads: how many clients, for how long, and their mean pause between actions.
+    int clients = 5;
+    int seconds = 30;
+    int thinkMs = 2000;
+    quint32 seed = 7;
 };
 
 // A second database beside the benchmark's own, for work that must not touch it: the file with
@@ -48,11 +53,18 @@ struct Operation {
     std::function<void(Context&)> baseline;
     std::function<void(Context&)> prepare;
     std::function<void(Context&)> reset;
+    // A workload instead: many clients at once for a while, run once and only when named. It gives
+    // the fields of its line after the persons; its clients are this program again, started with
+    // --client NAME:I, each of which runs `client`.
+    std::function<QString(Context&)> workload;
+    std::function<void(Context&, int)> client;
 };
 
 using Step = std::function<void(Context&)>;
 // Registers an operation; used through ZQ_BENCH from a static initialiser in each bench/*.cpp.
 bool add(const QString& name, Step run, Step baseline = {}, Step prepare = {}, Step reset = {});
+bool addWorkload(const QString& name, std::function<QString(Context&)> workload,
+                 std::function<void(Context&, int)> client);
 const std::vector<Operation>& operations();
 
 // The register's grid fields as the dictionary selects them, comma-joined, for the baselines.

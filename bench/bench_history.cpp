@@ -22,6 +22,7 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <algorithm>
 #include <QImage>
 #include <QPainter>
 #include <QSqlError>
@@ -103,26 +104,30 @@ void openPersonHistoryBaseline(Context& c) {
 
 const QDate kMonth(2025, 3, 1);
 
-// A million history rows over ten months, 100,000 a month (one row a person and month), unless
-// the database holds them already.
+// A million history rows over ten months, 100,000 a month (a row for each of the first persons,
+// as many rounds as it takes), unless the database holds them already.
 void prepareCompany(Context&) {
     zq::Connection& c = zq::conn();
     const qint64 have = qint64(zq::Recordset(c, QStringLiteral("select count(*) from tRsHistory")).val(0));
     if (have >= 1000000) return;
     const qint64 persons = qint64(zq::Recordset(c, QStringLiteral("select count(*) from tRsBasic")).val(0));
-    const int months = int((1000000 - have + persons - 1) / std::max<qint64>(persons, 1));
-    for (int m = 0; m < months; ++m) {
+    if (persons == 0) throw zq::DbError(QStringLiteral("no persons"));
+    const qint64 perMonth = 100000;
+    for (int m = 0; m < 10; ++m) {
         zq::Transaction t(c);
-        const QString day = QDate(2025, 1, 1).addMonths(m % 12).toString(QStringLiteral("yyyy-MM-")) ;
-        // Kinds as a month has them: most rows are other changes, some moves, posts, pay, hires,
-        // leavers; the day of the month and the time follow the code.
-        c.execute(QStringLiteral(
-                      "insert into tRsHistory (fWhen,fUser,fHost,fTable,fCode,fBmCode,fRow,fField,fBefore,fAfter,fOp,fKind) "
-                      "select '%1'||case when fSex='男' then '12' else '21' end||' 10:00:00','admin','hr-pc',"
-                      "'tRsBasic',fCode,fBmCode,null,case when fzt<>1 then 'fzt' when fSex='男' and fHy='已婚' then "
-                      "'fBmName' else 'fXzz' end,'旧的值','新的值',2,"
-                      "case when fzt<>1 then 5 when fSex='男' and fHy='已婚' then 1 else 0 end from tRsBasic")
-                      .arg(day));
+        const QString day = QDate(2025, 1, 1).addMonths(m).toString(QStringLiteral("yyyy-MM-"));
+        for (qint64 written = 0; written < perMonth; written += std::min(persons, perMonth - written)) {
+            // Kinds as a month has them: most rows are other changes, some moves, posts, pay,
+            // hires, leavers; the day of the month and the time follow the person.
+            c.execute(QStringLiteral(
+                          "insert into tRsHistory (fWhen,fUser,fHost,fTable,fCode,fBmCode,fRow,fField,fBefore,fAfter,fOp,fKind) "
+                          "select '%1'||case when fSex='男' then '12' else '21' end||' 10:00:00','admin','hr-pc',"
+                          "'tRsBasic',fCode,fBmCode,null,case when fzt<>1 then 'fzt' when fSex='男' and fHy='已婚' then "
+                          "'fBmName' else 'fXzz' end,'旧的值','新的值',2,"
+                          "case when fzt<>1 then 5 when fSex='男' and fHy='已婚' then 1 else 0 end from tRsBasic limit %2")
+                          .arg(day)
+                          .arg(std::min(persons, perMonth - written)));
+        }
         t.commit();
     }
     c.execute(QStringLiteral("analyze tRsHistory"));

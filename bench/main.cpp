@@ -30,7 +30,17 @@ std::vector<Operation>& registry() {
 } // namespace
 
 bool add(const QString& name, Step run, Step baseline, Step prepare, Step reset) {
-    registry().push_back({name, std::move(run), std::move(baseline), std::move(prepare), std::move(reset)});
+    registry().push_back({name, std::move(run), std::move(baseline), std::move(prepare), std::move(reset), {}, {}});
+    return true;
+}
+
+bool addWorkload(const QString& name, std::function<QString(Context&)> workload,
+                 std::function<void(Context&, int)> client) {
+    Operation op;
+    op.name = name;
+    op.workload = std::move(workload);
+    op.client = std::move(client);
+    registry().push_back(std::move(op));
     return true;
 }
 
@@ -75,6 +85,10 @@ struct Options {
     int runs = 5;
     int persons = 100000;
     quint32 seed = 7;
+    int clients = 5;
+    int seconds = 30;
+    int thinkMs = 2000;
+    QString client; // NAME:I when this process is client I of a workload
 };
 
 void usage() {
@@ -84,6 +98,7 @@ void usage() {
         "       zqrs-bench --server HOST[:PORT] --database NAME [--user U] [--password P]\n"
         "                  [--tls off|require|verify-full] [--tls-root-cert FILE]\n"
         "                  [--persons N] [--ops a,b] [--runs N]\n"
+        "A workload (load.clerks) takes [--clients N] [--seconds S] [--think MS] and runs only when named.\n"
         "A database that does not exist yet is made as a demo company of N persons (default 100000).\n"
         "--list prints the operations.\n");
 }
@@ -117,13 +132,23 @@ std::optional<Options> parse(const QStringList& args, bool& list) {
             o.persons = next().toInt();
         else if (a == QLatin1String("--seed"))
             o.seed = next().toUInt();
+        else if (a == QLatin1String("--clients"))
+            o.clients = next().toInt();
+        else if (a == QLatin1String("--seconds"))
+            o.seconds = next().toInt();
+        else if (a == QLatin1String("--think"))
+            o.thinkMs = next().toInt();
+        else if (a == QLatin1String("--client"))
+            o.client = next();
         else if (a == QLatin1String("--list"))
             list = true;
         else
             return std::nullopt;
     }
     if (list) return o;
-    if (server == !o.dbFile.isEmpty() || o.runs < 1 || o.persons < 1) return std::nullopt;
+    if (server == !o.dbFile.isEmpty() || o.runs < 1 || o.persons < 1 || o.clients < 1 || o.seconds < 1 ||
+        o.thinkMs < 0)
+        return std::nullopt;
     if (server) {
         o.settings.sqlData = 1;
         if (o.settings.defaultDb.isEmpty()) return std::nullopt;
@@ -199,7 +224,8 @@ int main(int argc, char** argv) {
     }
     if (list) {
         for (const Operation& op : operations())
-            std::printf("%s%s\n", qPrintable(op.name), op.baseline ? "" : " (no baseline)");
+            std::printf("%s%s\n", qPrintable(op.name),
+                        op.workload ? " (workload)" : op.baseline ? "" : " (no baseline)");
         return 0;
     }
     const Options& o = *options;
@@ -229,6 +255,19 @@ int main(int argc, char** argv) {
         Context c;
         c.settings = o.settings;
         c.engine = o.settings.sqlData ? QStringLiteral("postgresql") : QStringLiteral("sqlite");
+        c.clients = o.clients;
+        c.seconds = o.seconds;
+        c.thinkMs = o.thinkMs;
+        c.seed = o.seed;
+        if (!o.client.isEmpty()) {
+            const QString name = o.client.section(QLatin1Char(':'), 0, 0);
+            for (const Operation& op : operations())
+                if (op.name == name && op.client) {
+                    op.client(c, o.client.section(QLatin1Char(':'), 1).toInt());
+                    return 0;
+                }
+            return 2;
+        }
         c.raw = openRaw(o.settings);
         {
             Recordset rs(conn(), QStringLiteral("select count(*) from tRsBasic"));
@@ -238,12 +277,18 @@ int main(int argc, char** argv) {
         // In the order asked for, else in the order of registration.
         std::vector<const Operation*> chosen;
         for (const Operation& op : operations())
-            if (o.ops.isEmpty()) chosen.push_back(&op);
+            if (o.ops.isEmpty() && !op.workload) chosen.push_back(&op);
         for (const QString& name : o.ops)
             for (const Operation& op : operations())
                 if (op.name == name) chosen.push_back(&op);
         for (const Operation* p : chosen) {
             const Operation& op = *p;
+            if (op.workload) {
+                std::printf("{\"op\": \"%s\", \"engine\": \"%s\", \"persons\": %lld, %s}\n", qPrintable(op.name),
+                            qPrintable(c.engine), c.persons, qPrintable(op.workload(c)));
+                std::fflush(stdout);
+                continue;
+            }
             if (op.prepare) op.prepare(c);
             // One untimed pass of each warms the caches of both engines alike.
             if (op.reset) op.reset(c);

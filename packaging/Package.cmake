@@ -36,6 +36,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION misc)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Loaded at run time, so no library dependency names them: the SQL drivers of both engines, the
-# screen plugins and a font with Chinese characters.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt6sql6-sqlite, libqt6sql6-psql, qt6-qpa-plugins, fonts-wqy-zenhei")
+# screen plugins, a font with Chinese characters and the toolkit's own Chinese texts (its dialogs).
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "libqt6sql6-sqlite, libqt6sql6-psql, qt6-qpa-plugins, fonts-wqy-zenhei, qt6-translations-l10n")
 include(CPack)

@@ -11,7 +11,7 @@ packages=(
   fonts-wqy-zenhei poppler-utils
   xvfb xauth
   ccache antiword libzip-dev libxlsxwriter-dev python3 python3-openpyxl
-  qt6-charts-dev libqt6opengl6-dev
+  qt6-charts-dev libqt6opengl6-dev qt6-translations-l10n
   libsqlite3-dev openssl
   lintian dpkg-dev fakeroot file appstream desktop-file-utils qt6-svg-dev
 )

@@ -37,6 +37,9 @@ QSqlQuery run(Connection& c, const QString& sql) {
     return q;
 }
 
+// Head counts the database keeps from the persons: made again on the target, not copied.
+const QString kCountTable = QStringLiteral("tRsHeadCount");
+
 bool isIndexTable(const QString& table) {
     return table.compare(kIndexTable, Qt::CaseInsensitive) == 0;
 }
@@ -146,6 +149,7 @@ Tables companyTables(Connection& c) {
     Tables kept;
     for (TableImage& t : tables) {
         if (t.name.startsWith(QLatin1String("zq_backup"), Qt::CaseInsensitive)) continue;
+        if (t.name.compare(kCountTable, Qt::CaseInsensitive) == 0) continue;
         if (isIndexTable(t.name)) {
             const qsizetype i = t.columns.indexOf(kIndexTokens, 0);
             if (i < 0) continue;

@@ -108,6 +108,7 @@ void NewCompany::fill(Connection& from, Tables& tables, const Progress& progress
     HistoryOff quiet(m_c);
     SetHistoryPurging(m_c, true);
     Transaction t(m_c);
+    schema::pauseHeadCounts(m_c, true);
     for (TableImage& table : tables) {
         if (progress) progress(QStringLiteral("写入 %1").arg(table.name));
         if (schema::tableExists(m_c, table.name)) {
@@ -141,6 +142,9 @@ void NewCompany::fill(Connection& from, Tables& tables, const Progress& progress
                                        "false) from %4")
                             .arg(quoted(s[0]), quoted(s[1]), s[1], s[0]));
     }
+    // The head counts are not in a backup: the file database counted the persons as they came in,
+    // the server counts them now.
+    schema::pauseHeadCounts(m_c, false);
     t.commit();
     SetHistoryPurging(m_c, false);
 }

@@ -560,6 +560,7 @@ Summary fillCompany(Connection& c, const Options& o, bool logins) {
     // A company made up at once is no one's change: its history starts empty.
     const HistoryOff quiet(c);
     Transaction t(c);
+    schema::pauseHeadCounts(c, true);
     Summary s;
     s.persons = qint64(co.persons.size());
     s.departments = qint64(co.depts.size());
@@ -588,6 +589,7 @@ Summary fillCompany(Connection& c, const Options& o, bool logins) {
                        "fpRz,fpDw) select fCode,fpName,fpBirthday,fpZz,fpMz,fpHj,fpJg,fpPhone,fpXl,fpRz,"
                        "fpDw from tRsBasic"));
     if (logins) s.logins = addDemoUsers(c);
+    schema::pauseHeadCounts(c, false);
     t.commit();
     // Fresh statistics, so that the first look-ups on a new company plan well.
     c.execute(QStringLiteral("analyze"));

@@ -175,6 +175,20 @@ int reportWritten(qint64 rows, const QString& path, const QString& error, QTextS
     return Ok;
 }
 
+bool DatabaseOptions::parse(QCommandLineParser& parser, const QList<QCommandLineOption>& own,
+                            const QStringList& args, ConnectionSettings& s, QTextStream& err,
+                            const QString& usage) const {
+    parser.addOptions(all());
+    parser.addOptions(own);
+    QString error;
+    if (!parser.parse(args))
+        error = parser.errorText();
+    else if (read(parser, s, error))
+        return true;
+    err << "zqrs-admin: " << error << "\n" << usage;
+    return false;
+}
+
 bool DatabaseOptions::readServer(const QCommandLineParser& parser, const QString& host, ConnectionSettings& s,
                                  QString& error) const {
     s.sqlData = 1;

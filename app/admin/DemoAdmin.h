@@ -41,6 +41,10 @@ struct DatabaseOptions {
                     QString& error) const;
     // The settings the options name; false with the message to show on a mistake.
     bool read(const QCommandLineParser& parser, ConnectionSettings& s, QString& error) const;
+    // A command's whole line: these options and the command's own, parsed, and the settings read.
+    // On a mistake it says so with the usage on err and gives false (the command exits Usage).
+    bool parse(QCommandLineParser& parser, const QList<QCommandLineOption>& own, const QStringList& args,
+               ConnectionSettings& s, QTextStream& err, const QString& usage) const;
 };
 
 } // namespace zq::admin

@@ -31,6 +31,9 @@ std::vector<QDate> dates(Rng& r, const QDate& today, int n) {
     return d;
 }
 
+// Meetings and notices keep their keys in 16 bits: a company leaves the board room to add more.
+constexpr int kBoardRows = 30000;
+
 int scaled(const Company& co, int per, int lo, int hi) {
     return std::clamp(int(co.persons.size()) / per, lo, hi);
 }
@@ -95,7 +98,7 @@ void writeMeetings(Context& x, std::vector<Notice>& notices) {
              "fID,fDate,fTitle,fContent,fFoot1,fFoot2,fFootnote1,fFootnote2,fFilePath,fNews,fBmName");
     const QString foot1 = QStringLiteral("主办单位:"), foot2 = QStringLiteral("协办单位:");
     // One meeting for every five persons: 20,000 at 100,000.
-    const std::vector<QDate> when = dates(r, x.co.today, scaled(x.co, 5, 10, 1 << 30));
+    const std::vector<QDate> when = dates(r, x.co.today, scaled(x.co, 5, 10, kBoardRows));
     for (int id = 1; id <= int(when.size()); ++id) {
         const QDate& date = when[size_t(id - 1)];
         const QString title = date.toString(QStringLiteral("yyyy年M月")) + r.pick(meetingTitles());
@@ -117,8 +120,8 @@ void writeMeetings(Context& x, std::vector<Notice>& notices) {
 
 void writeNews(Context& x, std::vector<Notice>& notices) {
     Rng r = x.rng(sNews);
-    // As many notices in all as persons, most of them typed on the board.
-    const int typed = std::max(15, int(x.co.persons.size()) - int(notices.size()));
+    // As many notices in all as persons, up to the board's room, most of them typed on the board.
+    const int typed = std::max(15, std::min(int(x.co.persons.size()), kBoardRows) - int(notices.size()));
     for (const QDate& d : dates(r, x.co.today, typed))
         notices.push_back({d, r.pick(kit::notices()), r.chance(0.5) ? topDeptName(r, x.co) : blank()});
     std::stable_sort(notices.begin(), notices.end(),

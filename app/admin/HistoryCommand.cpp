@@ -24,18 +24,9 @@ int runHistory(const QStringList& args, QTextStream& out, QTextStream& err) {
     const QCommandLineOption since(QStringLiteral("since"), QString(), QStringLiteral("date"));
     const QCommandLineOption until(QStringLiteral("until"), QString(), QStringLiteral("date"));
     const QCommandLineOption file(QStringLiteral("file"), QString(), QStringLiteral("file"));
-    parser.addOptions(dbOptions.all());
-    parser.addOptions({person, since, until, file});
-    if (!parser.parse(args)) {
-        err << "zqrs-admin: " << parser.errorText() << "\n" << usage;
-        return Usage;
-    }
     ConnectionSettings s;
     QString error;
-    if (!dbOptions.read(parser, s, error)) {
-        err << "zqrs-admin: " << error << "\n" << usage;
-        return Usage;
-    }
+    if (!dbOptions.parse(parser, {person, since, until, file}, args, s, err, usage)) return Usage;
     const QString code = parser.value(person).trimmed();
     CompanyHistoryFilter f;
     const auto day = [&](const QCommandLineOption& o) {

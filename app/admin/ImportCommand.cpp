@@ -30,18 +30,8 @@ int runImport(const QStringList& args, QTextStream& out, QTextStream& err) {
     const QCommandLineOption update(QStringLiteral("update"));
     const QCommandLineOption dryRun(QStringLiteral("dry-run"));
     const QCommandLineOption goodOnly(QStringLiteral("good-only"));
-    parser.addOptions(dbOptions.all());
-    parser.addOptions({file, update, dryRun, goodOnly});
-    if (!parser.parse(args)) {
-        err << "zqrs-admin: " << parser.errorText() << "\n" << kImportUsage;
-        return Usage;
-    }
     ConnectionSettings s;
-    QString error;
-    if (!dbOptions.read(parser, s, error)) {
-        err << "zqrs-admin: " << error << "\n" << kImportUsage;
-        return Usage;
-    }
+    if (!dbOptions.parse(parser, {file, update, dryRun, goodOnly}, args, s, err, kImportUsage)) return Usage;
     if (parser.positionalArguments().value(1) != QLatin1String("persons") || !parser.isSet(file)) {
         err << kImportUsage;
         return Usage;

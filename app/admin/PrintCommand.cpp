@@ -256,18 +256,9 @@ int runExport(const QStringList& args, QTextStream& out, QTextStream& err) {
     const QCommandLineOption title(QStringLiteral("title"), QString(), QStringLiteral("text"),
                                    QStringLiteral("员工名单"));
     const QCommandLineOption file(QStringLiteral("file"), QString(), QStringLiteral("file"));
-    parser.addOptions(dbOptions.all());
-    parser.addOptions({filter, table, fields, title, file});
-    if (!parser.parse(args)) {
-        err << "zqrs-admin: " << parser.errorText() << "\n" << usage;
-        return Usage;
-    }
     ConnectionSettings s;
     QString error;
-    if (!dbOptions.read(parser, s, error)) {
-        err << "zqrs-admin: " << error << "\n" << usage;
-        return Usage;
-    }
+    if (!dbOptions.parse(parser, {filter, table, fields, title, file}, args, s, err, usage)) return Usage;
     if (parser.positionalArguments().value(1) != QLatin1String("grid") || !parser.isSet(file) ||
         !parser.isSet(table) || parser.value(fields).trimmed().isEmpty()) {
         err << usage;
@@ -318,20 +309,10 @@ int runPrint(const QStringList& args, QTextStream& out, QTextStream& err) {
     const QCommandLineOption title(QStringLiteral("title"), QString(), QStringLiteral("text"),
                                    QStringLiteral("员工名单"));
     const QCommandLineOption pdf(QStringLiteral("pdf"), QString(), QStringLiteral("file"));
-    parser.addOptions(dbOptions.all());
-    parser.addOptions({filter, templ, sheet, table, fields, title, pdf});
-    if (!parser.parse(args)) {
-        err << "zqrs-admin: " << parser.errorText() << "\n" << kUsage;
-        return Usage;
-    }
+    ConnectionSettings s;
+    if (!dbOptions.parse(parser, {filter, templ, sheet, table, fields, title, pdf}, args, s, err, kUsage)) return Usage;
     const QStringList pos = parser.positionalArguments(); // "print", what
     const QString what = pos.value(1);
-    ConnectionSettings s;
-    QString error;
-    if (!dbOptions.read(parser, s, error)) {
-        err << "zqrs-admin: " << error << "\n" << kUsage;
-        return Usage;
-    }
     if ((what != QLatin1String("cards") && what != QLatin1String("grid") && what != QLatin1String("sheet")) ||
         !parser.isSet(pdf)) {
         err << kUsage;

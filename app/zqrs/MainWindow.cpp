@@ -31,24 +31,39 @@ using zq::G;
 namespace {
 const QString kBagGroup = QStringLiteral("zqRs");
 
-// The menu keys of the control, grouped as a personnel office thinks of its work. Captions come
-// from tSysFunc; an empty key is a separator.
+// The screens of the control, grouped as a personnel office thinks of its work: one entry a
+// screen, even where the command table gives it several keys (each of which still works through
+// Refresh). An entry runs the first of its keys that the company uses and the user may enter, and is
+// named by the caption in tSysFunc of its first key in use, unless it names what it opens itself.
+struct Entry {
+    std::vector<const char*> keys;  // empty: a separator
+    const char* caption0 = nullptr; // simplified, traditional
+    const char* caption1 = nullptr;
+};
 struct Menu {
     const char* caption;
-    std::vector<const char*> keys;
+    std::vector<Entry> entries;
 };
 
 const std::vector<Menu>& menus() {
     static const std::vector<Menu> m = {
-        {"人事档案(&R)", {"mnuRsManIn", "mnuRsManOut", "", "mnuRsTotal", "mnuRsHistory"}},
-        {"组织机构(&G)", {"mnuRsbm", "mnuRsSysBm", "mnuRsOrgChart", "", "mnuRsOthMove"}},
+        {"人事档案(&R)", {{{"mnuRsManIn"}}, {{"mnuRsManOut"}}, {}, {{"mnuRsTotal"}}, {{"mnuRsHistory"}}}},
+        {"组织机构(&G)", {{{"mnuRsbm", "mnuRsSysBm"}}, {{"mnuRsOrgChart"}}, {}, {{"mnuRsOthMove"}}}},
         {"资产设施(&A)",
-         {"mnuRsOthHoldCard", "", "mnuRsOthLoanGoods", "mnuRsOthTools", "", "mnuRsHouseSet",
-          "mnuRsHouseLook"}},
+         {{{"mnuRsOthHoldCard"}},
+          {},
+          {{"mnuRsOthLoanGoods"}},
+          {{"mnuRsOthTools"}},
+          {},
+          {{"mnuRsHouseSet"}},
+          {{"mnuRsHouseLook"}}}},
         {"办公事务(&F)",
-         {"mnuOffice1", "mnuOffice2", "mnuOffice3", "", "mnuOA_Report", "mnuOA_Meeting", "mnuOA_News"}},
-        {"文档资料(&D)", {"mnuWdFiler", "mnuWdDept", "mnuWdDict"}},
-        {"打印(&P)", {"mnuRsCard", "mnuRsCard2"}},
+         {{{"mnuOffice1", "mnuOA_Report"}},
+          {{"mnuOffice2", "mnuOA_Meeting"}},
+          {{"mnuOffice3", "mnuOA_News"}}}},
+        {"文档资料(&D)", {{{"mnuWdFiler"}}, {{"mnuWdDept"}}, {{"mnuWdDict"}}}},
+        // The second card prints the staff registration form of everyone in service.
+        {"打印(&P)", {{{"mnuRsCard"}}, {{"mnuRsCard2"}, "职工登记表打印", "職工登記表打印"}}},
     };
     return m;
 }
@@ -145,17 +160,31 @@ void MainWindow::buildMenus() {
     for (const Menu& m : menus()) {
         QMenu* menu = menuBar()->addMenu(QString::fromUtf8(m.caption));
         menu->setToolTipsVisible(true);
-        for (const char* k : m.keys) {
-            if (!*k) {
+        for (const Entry& e : m.entries) {
+            if (e.keys.empty()) {
                 menu->addSeparator();
                 continue;
             }
-            const QString key = QString::fromLatin1(k);
-            QAction* a = menu->addAction(key, this, [this, key] { run(key); });
+            const QString key = QString::fromLatin1(e.keys.front());
+            QAction* a = menu->addAction(key);
             a->setObjectName(key);
+            a->setData(key);
+            connect(a, &QAction::triggered, this, [this, a] { run(a->data().toString()); });
             m_items.insert(key, a);
         }
     }
+}
+
+QStringList MainWindow::entryKeys(const QString& key) {
+    for (const Menu& m : menus())
+        for (const Entry& e : m.entries)
+            if (!e.keys.empty() && key.compare(QLatin1String(e.keys.front()), Qt::CaseInsensitive) == 0) {
+                QStringList keys;
+                for (const char* k : e.keys)
+                    keys << QString::fromLatin1(k);
+                return keys;
+            }
+    return {key};
 }
 
 void MainWindow::loadCaptions() {
@@ -184,18 +213,48 @@ void MainWindow::loadCaptions() {
         if (!wasOpen && zq::conn().isOpen()) zq::conn().close();
     }
     const bool signedIn = !g.UserName.isEmpty();
+    const auto ownCaption = [&g](const QString& first) -> QString {
+        for (const Menu& m : menus())
+            for (const Entry& e : m.entries)
+                if (!e.keys.empty() && first == QLatin1String(e.keys.front()) && e.caption0)
+                    return QString::fromUtf8(g.Language == 1 ? e.caption1 : e.caption0);
+        return {};
+    };
     for (auto it = m_items.constBegin(); it != m_items.constEnd(); ++it) {
-        const Module m = modules.value(it.key().toLower());
         QAction* a = it.value();
-        a->setText(m.caption.isEmpty() ? it.key() : m.caption);
-        // Entering is the module's first right; with nobody signed in the login comes first.
-        const bool refused = signedIn && m.serialNo > 0 && !zq::PowerAllows(m.serialNo);
-        const bool built = zq::findCommand(it.key()) != nullptr;
-        a->setToolTip(m.caption.isEmpty() ? QStringLiteral("本帐套未启用此功能")
-                      : !built            ? QStringLiteral("此功能尚未提供")
-                      : refused           ? QStringLiteral("无权使用此功能")
-                                          : m.caption);
-        a->setEnabled(!m.caption.isEmpty() && built && !refused);
+        // The first key the user can use; failing that, the first the company uses, for the reason.
+        QString chosen;
+        QString reason;
+        for (const QString& key : entryKeys(it.key())) {
+            const Module m = modules.value(key.toLower());
+            // Entering is the module's first right; with nobody signed in the login comes first.
+            const bool refused = signedIn && m.serialNo > 0 && !zq::PowerAllows(m.serialNo);
+            const bool built = zq::findCommand(key) != nullptr;
+            const QString why = m.caption.isEmpty() ? QStringLiteral("本帐套未启用此功能")
+                                : !built            ? QStringLiteral("此功能尚未提供")
+                                : refused           ? QStringLiteral("无权使用此功能")
+                                                    : QString();
+            if (why.isEmpty()) {
+                chosen = key;
+                reason.clear();
+                break;
+            }
+            if (chosen.isEmpty() ||
+                (reason == QStringLiteral("本帐套未启用此功能") && !m.caption.isEmpty())) {
+                chosen = key;
+                reason = why;
+            }
+        }
+        // The entry keeps one name whichever of its keys it runs: that of its first key in use.
+        QString moduleCaption;
+        for (const QString& key : entryKeys(it.key()))
+            if (moduleCaption.isEmpty()) moduleCaption = modules.value(key.toLower()).caption;
+        const QString own = ownCaption(it.key());
+        const QString caption = !own.isEmpty() && !moduleCaption.isEmpty() ? own : moduleCaption;
+        a->setText(caption.isEmpty() ? it.key() : caption);
+        a->setData(chosen);
+        a->setToolTip(reason.isEmpty() ? caption : reason);
+        a->setEnabled(reason.isEmpty());
     }
 }
 

@@ -46,6 +46,8 @@ protected:
 
 private:
     void buildMenus();
+    // The keys of the host's entry named by its first key, in the order they are tried.
+    static QStringList entryKeys(const QString& key);
     void loadCaptions();
     void switchUser();
 
@@ -57,7 +59,7 @@ private:
     QLabel* m_database;
     QLabel* m_news;
     int m_unread = 0;
-    QHash<QString, QAction*> m_items; // menu key -> its item
+    QHash<QString, QAction*> m_items; // first menu key of an entry -> its item
     QAction* m_changePassword = nullptr;
     QAction* m_userAdmin = nullptr;
     QAction* m_log = nullptr;

@@ -69,6 +69,8 @@ void frmRs_Goods::load() {
     setWindowTitle(LoanCaption(m_state));
     m_sbar->setVisible(m_state != 1);
     m_fields = SetGridColumns(table(), m_grid, 0, 0);
+    // Column 0 holds each loan's key for changing and deleting; the clerk counts the rows 1..n.
+    m_grid->setNumberedRows(true);
     if (!m_fields.toLower().split(QLatin1Char(',')).contains(QStringLiteral("fid"))) {
         m_fields += QStringLiteral(",fID");
         m_grid->setMaxCols(m_grid->maxCols() + 1);

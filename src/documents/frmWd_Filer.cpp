@@ -40,6 +40,8 @@ frmWd_Filer::frmWd_Filer(QWidget* parent)
     : CodeTreeScreen(parent, "frmWd_Filer", QStringLiteral("文档管理"),
                      Features{.files = true, .filer = true}) {
     m_word = QStringLiteral("文档类");
+    m_newCaption = QStringLiteral("档案新建:");
+    m_changeCaption = QStringLiteral("档案修改:");
     m_classWord = QStringLiteral("文档类");
     m_entryWord = QStringLiteral("文档");
     m_lowerLevels = QStringLiteral(" 尚有下级档案,不能删除。");

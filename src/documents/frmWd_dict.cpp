@@ -19,6 +19,8 @@ frmWd_dict::frmWd_dict(QWidget* parent)
     : CodeTreeScreen(parent, "frmWd_dict", QStringLiteral("企业辞典"),
                      Features{.lockTreeWhileEditing = true, .totals = false}) {
     m_word = QStringLiteral("辞典");
+    m_newCaption = QStringLiteral("辞典新增:");
+    m_changeCaption = QStringLiteral("辞典修改:");
     m_classWord = QStringLiteral("辞典类");
     m_entryWord = QStringLiteral("辞典");
     m_lowerLevels = QStringLiteral(" 尚有下级辞典,不能删除。");

@@ -22,6 +22,7 @@ void writeNoticeRow(int id, bool adding, const Notice& n, const RowSnapshot& loa
     if (adding) {
         rs.addNew();
         rs.setValue(QStringLiteral("fPosted"), office::PostedStamp());
+        rs.setValue(QStringLiteral("fPoster"), G().UserName);
     } else {
         RequireUnchanged(loaded, rs);
         if (rs.eof()) throw ConflictError(QStringLiteral("公告已被他人删除"));
@@ -66,6 +67,9 @@ int UnreadCount(const QString& user, const QString& deptPrefix) {
     QString sql = QStringLiteral("select count(*) from tRs_News a");
     QString where = opened.isEmpty() ? QStringLiteral(" Where a.fPosted is not null")
                                      : QStringLiteral(" Where a.fPosted>") + quoted(opened);
+    // What he posted himself he has read.
+    where += QStringLiteral(" And (") + conn().dialect().isNullOrEmpty(QStringLiteral("a.fPoster")) +
+             QStringLiteral(" or a.fPoster<>") + quoted(user) + QLatin1Char(')');
     if (!deptPrefix.isEmpty()) {
         sql += QStringLiteral(" Left Join tRs_Bm b On a.fBmName=b.fName");
         where += QStringLiteral(" And (b.fCode Like '") + checked(deptPrefix) + QStringLiteral("%' or ") +
@@ -75,8 +79,9 @@ int UnreadCount(const QString& user, const QString& deptPrefix) {
     return int(rs.val(0));
 }
 
-bool IsUnread(const Recordset& rs, const QString& opened) {
+bool IsUnread(const Recordset& rs, const QString& opened, const QString& user) {
     const QString posted = rs.text(QStringLiteral("fPosted"));
+    if (rs.text(QStringLiteral("fPoster")) == user && !user.isEmpty()) return false;
     return !posted.isEmpty() && (opened.isEmpty() || posted > opened);
 }
 

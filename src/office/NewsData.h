@@ -31,10 +31,10 @@ QString LastOpened(const QString& user);
 // Notes that the user opens the board now; gives when he had opened it before.
 QString OpenBoard(const QString& user);
 // The notices posted since the user last opened the board (all posted ones when he never did),
-// of those he may see with the department prefix (empty: all).
+// of those he may see with the department prefix (empty: all), less those he posted himself.
 int UnreadCount(const QString& user, const QString& deptPrefix);
-// Whether the current notice of a list was posted after `opened` (a notice without a stamp is of
-// before the count began and so is read).
-bool IsUnread(const Recordset& rs, const QString& opened);
+// Whether the current notice of a list was posted after `opened` by someone other than `user` (a
+// notice without a stamp is of before the count began and so is read).
+bool IsUnread(const Recordset& rs, const QString& opened, const QString& user);
 
 } // namespace zq::news

@@ -88,9 +88,10 @@ void ForwardNotice(const QDate& date, const QString& text, const QString& dept) 
     AddWithNewKey(QStringLiteral("tRs_News"), false, [&](int id) {
         // The text goes in as it stands: a quote fails the statement, and with it the whole save.
         conn().executeOne(
-            QStringLiteral("Insert Into tRs_News (fID,fDate,fContent,fBmName,fPosted) values (") + num(id) +
-            QLatin1Char(',') + DateText(date) + QLatin1Char(',') + quoted(text) + QLatin1Char(',') +
-            quoted(dept) + QLatin1Char(',') + quoted(PostedStamp()) + QLatin1Char(')'));
+            QStringLiteral("Insert Into tRs_News (fID,fDate,fContent,fBmName,fPosted,fPoster) values (") +
+            num(id) + QLatin1Char(',') + DateText(date) + QLatin1Char(',') + quoted(text) + QLatin1Char(',') +
+            quoted(dept) + QLatin1Char(',') + quoted(PostedStamp()) + QLatin1Char(',') +
+            quoted(G().UserName) + QLatin1Char(')'));
     });
 }
 

@@ -67,7 +67,7 @@ void frmBg_News::beforeList() {
 }
 
 void frmBg_News::showFields(const Recordset& rs) {
-    m_lblNew->setVisible(m_unread > 0 && news::IsUnread(rs, m_opened));
+    m_lblNew->setVisible(m_unread > 0 && news::IsUnread(rs, m_opened, G().UserName));
 }
 
 void frmBg_News::clearFields() {

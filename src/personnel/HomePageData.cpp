@@ -61,7 +61,8 @@ HomeSummary ReadHomeSummary(const QDate& today) {
 
     const QDate first(today.year(), today.month(), 1);
     const QString from = quoted(iso(first)), to = quoted(iso(first.addMonths(1).addDays(-1)));
-    const QString month = quoted(QStringLiteral("%1").arg(today.month(), 2, 10, QLatin1Char('0')));
+    const QString monthText = QStringLiteral("%1").arg(today.month(), 2, 10, QLatin1Char('0'));
+    const QString month = quoted(monthText);
     const QString now = quoted(iso(today)), soon = quoted(iso(today.addDays(kNoticeDays)));
     const QString hiredFrom = quoted(iso(today.addMonths(-kProbationMonths)));
     const QString hiredTo = quoted(iso(today.addDays(kNoticeDays).addMonths(-kProbationMonths)));
@@ -70,17 +71,22 @@ HomeSummary ReadHomeSummary(const QDate& today) {
     const QString hired = dialect.exactText(QStringLiteral("a.fSpday"));
     const QString born = dialect.exactText(QStringLiteral("a.fBirthDay"));
 
-    // Each line's condition serves twice: summed in the one pass below, and as the link's filter,
-    // which the register adds to its own state term.
+    // Each line's condition serves twice: counted below, and as the link's filter, which the
+    // register adds to its own state term. For the whole company a line is counted from the kept head counts (`kept` names the key,
+    // `keptValue` the value, less the persons of `keptExcept`) or by the dates' indexes; for a
+    // branch by one pass over the branch.
     struct Def {
         const char* id;
         QString label;
         QString key;
         int state;
         QString condition;
+        const char* kept = nullptr;
+        QString keptValue = {};
+        QString keptExcept = {};
     };
     QVector<Def> defs = {
-        {"serving", QStringLiteral("在职员工"), in, 1, QString()},
+        {"serving", QStringLiteral("在职员工"), in, 1, QString(), "fbmcode"},
         {"hires", QStringLiteral("本月入职"), in, 1, hired + between.arg(from, to)},
         {"contracts", QStringLiteral("%1天内合同到期").arg(kNoticeDays), in, 1,
          dialect.exactText(QStringLiteral("a.contractlimt")) + between.arg(now, soon)},
@@ -88,8 +94,12 @@ HomeSummary ReadHomeSummary(const QDate& today) {
          hired + between.arg(hiredFrom, hiredTo)},
         {"anniversaries", QStringLiteral("本月入职周年"), in, 1,
          QStringLiteral("substr(%1,6,2)=").arg(hired) + month + QStringLiteral(" and ") + hired +
-             QLatin1Char('<') + from},
-        {"birthdays", QStringLiteral("本月生日"), in, 1, QStringLiteral("substr(%1,6,2)=").arg(born) + month},
+             QLatin1Char('<') + from,
+         "hiremonth", monthText,
+         // Those hired in this month of this year or later: a range of the hire dates' index.
+         hired + QStringLiteral(">=") + from + QStringLiteral(" and substr(%1,6,2)=").arg(hired) + month},
+        {"birthdays", QStringLiteral("本月生日"), in, 1, QStringLiteral("substr(%1,6,2)=").arg(born) + month,
+         "birthmonth", monthText},
     };
     const QStringList kinds = leavingKinds();
     for (int i = 0; i < kinds.size(); ++i)
@@ -99,14 +109,27 @@ HomeSummary ReadHomeSummary(const QDate& today) {
         return a.isEmpty() ? b : b.isEmpty() ? a : a + QStringLiteral(" and ") + b;
     };
 
-    QStringList sums;
-    for (const Def& d : defs)
-        sums << QStringLiteral("sum(case when ") +
-                    both(QStringLiteral("a.fzt=") + num(d.state), d.condition) +
-                    QStringLiteral(" then 1 else 0 end)");
-    Recordset rs(conn(), QStringLiteral("select ") + sums.join(QLatin1Char(',')) +
-                             QStringLiteral(" from tRsBasic a") +
-                             (inDept.isEmpty() ? QString() : QStringLiteral(" where ") + inDept));
+    QStringList counts;
+    for (const Def& d : defs) {
+        const QString state = QStringLiteral("a.fzt=") + num(d.state);
+        if (!inDept.isEmpty())
+            counts << QStringLiteral("sum(case when ") + both(state, d.condition) + QStringLiteral(" then 1 else 0 end)");
+        else if (!d.kept)
+            counts << QStringLiteral("(select count(*) from tRsBasic a where ") + both(state, d.condition) +
+                          QLatin1Char(')');
+        else {
+            QString n = QStringLiteral("(select coalesce(sum(fCount),0) from tRsHeadCount where fColumn='%1' and fzt=%2")
+                            .arg(QLatin1String(d.kept), num(d.state));
+            if (!d.keptValue.isEmpty()) n += QStringLiteral(" and fValue=") + quoted(d.keptValue);
+            n += QLatin1Char(')');
+            if (!d.keptExcept.isEmpty())
+                n += QStringLiteral("-(select count(*) from tRsBasic a where ") + both(state, d.keptExcept) +
+                     QLatin1Char(')');
+            counts << n;
+        }
+    }
+    Recordset rs(conn(), QStringLiteral("select ") + counts.join(QLatin1Char(',')) +
+                             (inDept.isEmpty() ? QString() : QStringLiteral(" from tRsBasic a where ") + inDept));
     bool leavers = false;
     for (int i = 0; i < defs.size(); ++i) {
         const Def& d = defs.at(i);

@@ -11,6 +11,7 @@
 #include <QDate>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTime>
 
 namespace zq {
 
@@ -74,6 +75,32 @@ int BasicFieldMax(int index) {
 
 bool IsBasicCombo(int index) {
     return BasicFieldMax(index) == 0;
+}
+
+bool IsRequiredBasicField(int index) {
+    return index == 0 || index == 1 || index == 25;
+}
+
+QVector<int> BasicFieldOrder() {
+    constexpr int kPost = 20;
+    constexpr int kDept = 26;
+    QVector<int> order;
+    order.reserve(kBasicFields);
+    for (int i = 0; i < kBasicFields; ++i) {
+        if (i == kDept) continue;
+        if (i == kPost) order << kDept;
+        order << i;
+    }
+    return order;
+}
+
+QString SavedPersonText(const QString& code, const QString& name, const QString& dept, const QString& post) {
+    QString where = dept;
+    if (!post.isEmpty()) where += (where.isEmpty() ? QString() : QStringLiteral(" ")) + post;
+    // The time tells one save from the next when the same clerk adds many.
+    return QStringLiteral("%1 已存盘: 新员工 %2 %3%4。请录入下一位。")
+        .arg(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")), code, name,
+             where.isEmpty() ? QString() : QStringLiteral(" (") + where + QLatin1Char(')'));
 }
 
 bool LoadPersonBasic(const QString& code, PersonBasicRow& row) {

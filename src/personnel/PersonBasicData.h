@@ -18,6 +18,13 @@ QString BasicCaption(int index);
 int BasicFieldMax(int index);
 // The nine columns that a combo box stands for instead of a text box.
 bool IsBasicCombo(int index);
+// The columns a save refuses empty: code, name and the date of hiring.
+bool IsRequiredBasicField(int index);
+// The 52 in the order the screen shows them: by index, but the department just before the post,
+// since the post list follows the department.
+QVector<int> BasicFieldOrder();
+// What the status line says after a person was added.
+QString SavedPersonText(const QString& code, const QString& name, const QString& dept, const QString& post);
 
 // One person's master row as the screen holds it: values[i] is the text of column i (text box or
 // combo box), plus the department code and the state, which have no box of their own.

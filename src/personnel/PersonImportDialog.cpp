@@ -8,7 +8,6 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -31,12 +30,12 @@ PersonImportDialog::PersonImportDialog(const QString& path, bool mayAdd, bool ma
     setWindowTitle(kTitle + QStringLiteral(" - ") + QFileInfo(path).fileName());
     resize(900, 640);
     auto* layout = new QVBoxLayout(this);
-    auto* file = new QLabel(m_plan.error.isEmpty()
-                                ? QStringLiteral("表头在%1, 数据 %2 行。请核对每列对应的字段:")
-                                      .arg(m_plan.headerPlace())
-                                      .arg(m_plan.rows.size())
-                                : m_plan.error,
-                            this);
+    auto* file =
+        new QLabel(m_plan.error.isEmpty() ? QStringLiteral("表头在%1, 数据 %2 行。请核对每列对应的字段:")
+                                                .arg(m_plan.headerPlace())
+                                                .arg(m_plan.rows.size())
+                                          : m_plan.error,
+                   this);
     file->setObjectName(QStringLiteral("lblFile"));
     layout->addWidget(file);
     m_map = new QTableWidget(this);
@@ -104,8 +103,11 @@ void PersonImportDialog::fillMapping() {
         auto* combo = new QComboBox(m_map);
         combo->setObjectName(QStringLiteral("cboMap%1").arg(c));
         combo->addItem(QStringLiteral("(不导入)"), QString());
-        for (const ImportField& f : ImportFields())
-            combo->addItem(ImportCaption(f.field) + QStringLiteral("  ") + f.field, f.field);
+        // The clerk knows the fields by their captions; the column's name stays at hand as a tip.
+        for (const ImportField& f : ImportFields()) {
+            combo->addItem(ImportCaption(f.field), f.field);
+            combo->setItemData(combo->count() - 1, f.field, Qt::ToolTipRole);
+        }
         combo->setCurrentIndex(qMax(0, combo->findData(m_plan.fields.value(c))));
         connect(combo, &QComboBox::currentIndexChanged, this, [this, c, combo] {
             m_plan.fields[c] = combo->currentData().toString();
@@ -158,7 +160,8 @@ void PersonImportDialog::runCheck() {
     for (int i = 0; i < m_check.issues.size(); ++i) {
         const RowIssue& issue = m_check.issues.at(i);
         const QStringList cells{QString::number(issue.row), issue.code,
-                                issue.refused ? QStringLiteral("拒绝") : QStringLiteral("警告"), issue.reason};
+                                issue.refused ? QStringLiteral("拒绝") : QStringLiteral("警告"),
+                                issue.reason};
         for (int c = 0; c < cells.size(); ++c)
             m_issues->setItem(i, c, new QTableWidgetItem(cells.at(c)));
     }
@@ -173,7 +176,7 @@ void PersonImportDialog::exportIssues() {
     r.title = QStringLiteral("导出问题行");
     r.filter = QStringLiteral("Excel 文件 (*.xlsx)|*.xlsx|CSV 文件 (*.csv)|*.csv");
     r.flags = cdlOFNOverwritePrompt | cdlOFNPathMustExist;
-    r.fileName = QDir::home().filePath(QStringLiteral("导入问题行.xlsx"));
+    r.fileName = QStringLiteral("导入问题行.xlsx"); // in the user's documents, or where he saved last
     const QString path = prompts().file(r);
     if (path.isEmpty()) return;
     ListRowSource rows = IssueRows(m_check);

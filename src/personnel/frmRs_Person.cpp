@@ -1,8 +1,6 @@
 #include "frmRs_Person.h"
 
 #include "PersonBrowserData.h"
-#include "services/ui/NamedWidgets.h"
-#include "services/ui/GridExport.h"
 #include "personnel/PersonImportDialog.h"
 
 #include "printing/Print.h"
@@ -31,18 +29,11 @@
 #include <QChildEvent>
 #include <QComboBox>
 #include <QFrame>
-#include <QGridLayout>
-#include <QGuiApplication>
-#include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSplitter>
-#include <QStyle>
 #include <QTreeWidget>
-#include <QVBoxLayout>
 #include <utility>
 
 namespace zq {
@@ -53,26 +44,20 @@ const QString kTitle = QStringLiteral("人事管理");
 const QString kNoPerson = QStringLiteral("请先选择员工。");
 const QString kNoEntry = QStringLiteral("对不起!你无权进入...");
 
-QAction* action(QMenu* menu, const char* name, const QString& caption) {
-    QAction* a = menu->addAction(caption);
-    a->setObjectName(QLatin1String(name));
-    return a;
-}
-
 // A node's text without the head count behind its tab.
 QString nodeName(const QTreeWidgetItem* node) {
     return SplitTabText(node->text(0), 1);
 }
 
-const QStringList& recordCaptions() {
+} // namespace
+
+const QStringList& frmRs_Person::recordCaptions() {
     static const QStringList c = {QStringLiteral("基本资料"), QStringLiteral("家庭情况"),
                                   QStringLiteral("工作简历"), QStringLiteral("受训情况"),
                                   QStringLiteral("主要业绩"), QStringLiteral("历年评语"),
                                   QStringLiteral("本地亲属"), QStringLiteral("其它资料")};
     return c;
 }
-
-} // namespace
 
 const QStringList& frmRs_Person::recordScreens() {
     static const QStringList s = {QStringLiteral("frmRs_PersonBasic"),  QStringLiteral("frmRs_PersonFamily"),
@@ -103,224 +88,7 @@ void frmRs_Person::setRsState(int state) {
     SetCurrentRsState(state);
 }
 
-void frmRs_Person::buildControls() {
-    // The button bar.
-    m_cboZT = new QComboBox(this);
-    m_cboZT->setObjectName(QStringLiteral("cboZT"));
-    m_cboZT->setMinimumContentsLength(6);
-    m_chkTotalMan = new QCheckBox(QStringLiteral("统计人数"), this);
-    m_chkTotalMan->setObjectName(QStringLiteral("chkTotalMan"));
-    m_chkTotalMan->setChecked(true);
-    auto* comAdd = NamedButton(this, "ComAdd", QStringLiteral("新增(&A)"));
-    auto* cmdChg = NamedButton(this, "cmdChg", QStringLiteral("修改(&C)"));
-    auto* comDel = NamedButton(this, "ComDel", QStringLiteral("删除(&D)"));
-    auto* cmdImport = NamedButton(this, "cmdImport", QStringLiteral("导入员工"));
-    auto* cmdOpen = NamedButton(this, "cmdOpen", QStringLiteral("查询(&S)"));
-    m_cmdState = NamedButton(this, "cmdState", QStringLiteral("离职处理"));
-    auto* cmdCompile = NamedButton(this, "cmdCompile", QStringLiteral("汇总统计"));
-    auto* cmdDept = NamedButton(this, "cmdDept", QStringLiteral("部门管理"));
-    auto* cmdListOption = NamedButton(this, "CmdlistOption", QStringLiteral("栏目选项"));
-    m_cmdSeek = NamedButton(this, "cmdSeek", QStringLiteral("条件查找"));
-    m_cmdPrint = NamedButton(this, "cmdPrint", QStringLiteral("打印(&P)"));
-    m_cmdQuit = NamedButton(this, "cmdQuit", QStringLiteral("退出>>"));
-    cmdCompile->setEnabled(hasForm(QStringLiteral("frmRs_PersonList")));
-    cmdDept->setEnabled(hasForm(QStringLiteral("frmRs_Dept")));
-
-    m_mnuRsSeek = new QMenu(this);
-    m_mnuRsSeek->setObjectName(QStringLiteral("mnuRsSeek"));
-    QAction* seek1 = action(m_mnuRsSeek, "mnuRsSeek1", QStringLiteral("条件查找"));
-    QAction* seek2 = action(m_mnuRsSeek, "mnuRsSeek2", QStringLiteral("[其它资料]查询"));
-    seek2->setEnabled(hasForm(QStringLiteral("frmRs_PersonDetailSeek")));
-    m_mnuPnt = new QMenu(this);
-    m_mnuPnt->setObjectName(QStringLiteral("mnuPnt"));
-    QAction* pntDoc = action(m_mnuPnt, "mnuPntDoc", QStringLiteral("人事档案打印"));
-    pntDoc->setEnabled(hasForm(QStringLiteral("frmRs_PersonPnt")));
-    QAction* pntDocList = action(m_mnuPnt, "mnuPntDocList", QStringLiteral("列表人员档案打印"));
-    pntDocList->setEnabled(pntDoc->isEnabled());
-    QAction* pntCard = action(m_mnuPnt, "mnuPntCard", QStringLiteral("职工卡打印"));
-    QAction* pntOther = action(m_mnuPnt, "mnuPntOther", QStringLiteral("其它资料打印"));
-    QAction* pntList = action(m_mnuPnt, "mnuPntList", QStringLiteral("职工列表打印"));
-    m_mnuPntDept = action(m_mnuPnt, "mnuPntDept", QStringLiteral("部门列表打印"));
-
-    auto* top = new QHBoxLayout;
-    top->setSpacing(4);
-    top->addWidget(m_cboZT);
-    top->addWidget(m_chkTotalMan);
-    top->addSpacing(8);
-    for (QWidget* w : {static_cast<QWidget*>(comAdd), static_cast<QWidget*>(cmdChg),
-                       static_cast<QWidget*>(comDel), static_cast<QWidget*>(cmdImport), static_cast<QWidget*>(cmdOpen),
-                       static_cast<QWidget*>(m_cmdState), static_cast<QWidget*>(cmdCompile),
-                       static_cast<QWidget*>(cmdDept), static_cast<QWidget*>(cmdListOption),
-                       static_cast<QWidget*>(m_cmdSeek), static_cast<QWidget*>(m_cmdPrint)})
-        top->addWidget(w);
-    top->addStretch();
-    top->addWidget(m_cmdQuit);
-
-    // Tree left, list in the middle, the record screens right.
-    m_tree = new QTreeWidget(this);
-    m_tree->setObjectName(QStringLiteral("Tree1"));
-    m_tree->setHeaderHidden(true);
-    m_tree->setUniformRowHeights(true);
-    // Head counts stand behind the names: the column grows with them and the tree scrolls sideways.
-    m_tree->header()->setStretchLastSection(false);
-    m_tree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
-    m_grid = new ZqGrid(this);
-    m_grid->setObjectName(QStringLiteral("Grid1"));
-    EnableGridExport(m_grid, QStringLiteral("员工名单"));
-    m_grid->setReadOnly(true);
-    m_grid->setRowSelection(true);
-    m_lblTotal = new QLabel(QStringLiteral("合计：人"), this);
-    m_lblTotal->setObjectName(QStringLiteral("lblTotal"));
-    auto* middle = new QWidget(this);
-    auto* middleLayout = new QVBoxLayout(middle);
-    middleLayout->setContentsMargins(0, 0, 0, 0);
-    middleLayout->addWidget(m_grid, 1);
-    middleLayout->addWidget(m_lblTotal);
-
-    auto* split = new QSplitter(Qt::Horizontal, this);
-    split->addWidget(m_tree);
-    split->addWidget(middle);
-    split->addWidget(buildChoices());
-    split->setStretchFactor(0, 0);
-    split->setStretchFactor(1, 1);
-    split->setStretchFactor(2, 0);
-    split->setCollapsible(1, false);
-    split->setSizes({280, 700, 110});
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(6, 6, 6, 6);
-    layout->addLayout(top);
-    layout->addWidget(split, 1);
-
-    m_pictLZ = buildLeavingPanel();
-
-    connect(m_cboZT, &QComboBox::activated, this, [this] { guarded([this] { cboZT_Click(); }); });
-    connect(m_chkTotalMan, &QCheckBox::clicked, this, [this] { guarded([this] { chkTotalMan_Click(); }); });
-    ConnectNodeClick(
-        m_tree, this, [this] { return m_filling; },
-        [this](QTreeWidgetItem* node) { guarded([this, node] { Tree1_NodeClick(node); }); });
-    connect(m_tree, &QTreeWidget::itemDoubleClicked, this, [this] { guarded([this] { Tree1_DblClick(); }); });
-    connect(m_grid, &ZqGrid::leaveCell, this, &frmRs_Person::Grid1_LeaveCell);
-    connect(m_grid, &ZqGrid::dblClick, this,
-            [this](int col, int row) { guarded([this, col, row] { Grid1_DblClick(col, row); }); });
-    const auto wire = [this](QObject* sender, void (frmRs_Person::*handler)()) {
-        if (auto* b = qobject_cast<QPushButton*>(sender))
-            connect(b, &QPushButton::clicked, this,
-                    [this, handler] { guarded([this, handler] { (this->*handler)(); }); });
-        else if (auto* a = qobject_cast<QAction*>(sender))
-            connect(a, &QAction::triggered, this,
-                    [this, handler] { guarded([this, handler] { (this->*handler)(); }); });
-    };
-    wire(comAdd, &frmRs_Person::ComAdd_Click);
-    wire(cmdImport, &frmRs_Person::cmdImport_Click);
-    wire(cmdChg, &frmRs_Person::cmdChg_Click);
-    wire(comDel, &frmRs_Person::ComDel_Click);
-    wire(cmdOpen, &frmRs_Person::cmdOpen_Click);
-    wire(m_cmdState, &frmRs_Person::cmdState_Click);
-    wire(cmdCompile, &frmRs_Person::cmdCompile_Click);
-    wire(cmdDept, &frmRs_Person::cmdDept_Click);
-    wire(cmdListOption, &frmRs_Person::CmdlistOption_Click);
-    wire(m_cmdQuit, &frmRs_Person::cmdQuit_Click);
-    wire(seek1, &frmRs_Person::mnuRsSeek1_Click);
-    wire(seek2, &frmRs_Person::mnuRsSeek2_Click);
-    wire(pntDoc, &frmRs_Person::mnuPntDoc_Click);
-    wire(pntDocList, &frmRs_Person::mnuPntDocList_Click);
-    wire(pntCard, &frmRs_Person::mnuPntCard_Click);
-    wire(pntOther, &frmRs_Person::mnuPntOther_Click);
-    wire(pntList, &frmRs_Person::mnuPntList_Click);
-    wire(m_mnuPntDept, &frmRs_Person::mnuPntDept_Click);
-    connect(m_cmdSeek, &QPushButton::clicked, this,
-            [this] { m_mnuRsSeek->popup(m_cmdSeek->mapToGlobal(QPoint(0, m_cmdSeek->height()))); });
-    connect(m_cmdPrint, &QPushButton::clicked, this,
-            [this] { m_mnuPnt->popup(m_cmdPrint->mapToGlobal(QPoint(0, m_cmdPrint->height()))); });
-}
-
-QWidget* frmRs_Person::buildChoices() {
-    auto* panel = new QFrame(this);
-    panel->setObjectName(QStringLiteral("picRight"));
-    panel->setFrameShape(QFrame::StyledPanel);
-    auto* layout = new QVBoxLayout(panel);
-    layout->setSpacing(2);
-    m_optSelect = new QButtonGroup(this);
-    const QStyle::StandardPixmap icons[] = {QStyle::SP_FileDialogInfoView,
-                                            QStyle::SP_DirHomeIcon,
-                                            QStyle::SP_FileDialogDetailedView,
-                                            QStyle::SP_FileDialogContentsView,
-                                            QStyle::SP_DialogApplyButton,
-                                            QStyle::SP_MessageBoxInformation,
-                                            QStyle::SP_DirLinkIcon,
-                                            QStyle::SP_FileDialogListView};
-    int firstOpen = -1;
-    for (int i = 0; i < 8; ++i) {
-        auto* image = new QLabel(panel);
-        image->setObjectName(ArrayName("Image1", i));
-        // Record screens that are not part of this installation cannot be chosen.
-        const bool present = hasForm(recordScreens().at(i));
-        image->setPixmap(
-            style()->standardIcon(icons[i]).pixmap(QSize(32, 32), present ? QIcon::Normal : QIcon::Disabled));
-        image->setAlignment(Qt::AlignCenter);
-        image->installEventFilter(this);
-        auto* opt = new QRadioButton(recordCaptions().at(i), panel);
-        opt->setObjectName(ArrayName("OptSelect", i));
-        opt->setEnabled(present);
-        image->setEnabled(present);
-        if (present && firstOpen < 0) firstOpen = i;
-        m_optSelect->addButton(opt, i);
-        m_images << image;
-        layout->addWidget(image);
-        layout->addWidget(opt, 0, Qt::AlignHCenter);
-    }
-    m_optSelect->button(firstOpen < 0 ? 0 : firstOpen)->setChecked(true);
-    // Beside the records: what was changed in them, by whom and when.
-    auto* history = NamedButton(panel, QStringLiteral("cmdHistory"), QStringLiteral("变更记录"));
-    history->setEnabled(hasForm(QStringLiteral("frmRs_PersonHistory")));
-    layout->addSpacing(8);
-    layout->addWidget(history);
-    connect(history, &QPushButton::clicked, this, [this] { guarded([this] { cmdHistory_Click(); }); });
-    layout->addStretch();
-    return panel;
-}
-
-QFrame* frmRs_Person::buildLeavingPanel() {
-    auto* panel = new QFrame(this);
-    panel->setObjectName(QStringLiteral("pictLZ"));
-    panel->setFrameShape(QFrame::Box);
-    panel->setFrameShadow(QFrame::Raised);
-    panel->setLineWidth(2);
-    panel->setAutoFillBackground(true);
-    auto* layout = new QVBoxLayout(panel);
-    m_lblLeaving = new QLabel(panel);
-    m_lblLeaving->setObjectName(QStringLiteral("lblLZ"));
-    layout->addWidget(m_lblLeaving);
-    layout->addWidget(new QLabel(QStringLiteral("离职原因："), panel));
-    auto* reasons = new QGridLayout;
-    m_optLeft = new QButtonGroup(this);
-    const QStringList defaults = {QStringLiteral("辞职"), QStringLiteral("解聘"),  QStringLiteral("退休"),
-                                  QStringLiteral("离休"), QStringLiteral("其他1"), QStringLiteral("其他2")};
-    for (int i = 0; i < 6; ++i) {
-        auto* opt = new QRadioButton(defaults.at(i), panel);
-        opt->setObjectName(ArrayName("optLeft", i));
-        m_optLeft->addButton(opt, i);
-        reasons->addWidget(opt, i / 2, i % 2);
-    }
-    m_optLeft->button(0)->setChecked(true);
-    layout->addLayout(reasons);
-    auto* buttons = new QHBoxLayout;
-    auto* ok = NamedButton(panel, "cmdLZOK", QStringLiteral("确定"));
-    auto* cancel = NamedButton(panel, "cmdLZexit", QStringLiteral("取消"));
-    buttons->addStretch();
-    buttons->addWidget(ok);
-    buttons->addWidget(cancel);
-    layout->addLayout(buttons);
-    panel->setMinimumWidth(280);
-    panel->adjustSize();
-    panel->hide();
-    connect(ok, &QPushButton::clicked, this, [this] { guarded([this] { cmdLZOK_Click(); }); });
-    connect(cancel, &QPushButton::clicked, this, &frmRs_Person::cmdLZexit_Click);
-    return panel;
-}
-
-template <typename F> void frmRs_Person::guarded(F&& f) {
+void frmRs_Person::guarded(const std::function<void()>& f) {
     try {
         f();
     } catch (const DbError& e) {
@@ -355,7 +123,10 @@ void frmRs_Person::load() {
     CenterForm(this);
     reopen();
     const Globals& g = G();
-    if (!m_presetCaption.isEmpty()) setWindowTitle(QStringLiteral("人事档案 - ") + m_presetCaption);
+    if (!m_presetCaption.isEmpty()) {
+        m_lblPreset->setText(QStringLiteral("列表: %1 (条件查找后取消)").arg(m_presetCaption));
+        m_lblPreset->show();
+    }
     // 2. Every row pick reads the code from column 1 and the name from column 2.
     m_gridFieldList = SetGridColumns(QStringLiteral("tRsBasic"), m_grid, -1, 1);
     // 3.
@@ -548,6 +319,21 @@ void frmRs_Person::OpenRecordScreen() {
     }
 }
 
+void frmRs_Person::OptSelect_DblClick(int index) {
+    QAbstractButton* opt = m_optSelect->button(index);
+    if (!opt || !opt->isEnabled()) return;
+    opt->setChecked(true);
+    // Asked without a word: the button itself tells a refusal.
+    QString model = BrowserModelKey(m_rsState);
+    QString caption;
+    QString password;
+    const int serialNo = FindModel(model, caption, password);
+    if (serialNo == -1 || (serialNo > 0 && PowerAllows(serialNo + 2)))
+        cmdChg_Click();
+    else
+        cmdOpen_Click();
+}
+
 bool frmRs_Person::refusedRight(qint16 op, const QString& refusal) {
     if (CheckModel(BrowserModelKey(m_rsState), op) != 0) return false;
     ShowMsg(refusal, vbExclamation);
@@ -569,7 +355,9 @@ void frmRs_Person::ComAdd_Click() {
 // Adding needs the right to add; updating existing persons also the right to change.
 void frmRs_Person::cmdImport_Click() {
     if (refusedRight(1, kNoEntry)) return;
-    if (ImportPersons(this, CheckModel(BrowserModelKey(m_rsState), 2) != 0)) RefreshPersonList();
+    if (!ImportPersons(this, CheckModel(BrowserModelKey(m_rsState), 2) != 0)) return;
+    RefreshPersonList();
+    refreshCounts(); // persons added, or moved to other departments
 }
 
 void frmRs_Person::cmdChg_Click() {
@@ -701,7 +489,7 @@ void frmRs_Person::CmdlistOption_Click() {
 void frmRs_Person::dropPreset() {
     m_presetFilter.clear();
     m_presetCaption.clear();
-    setWindowTitle(QStringLiteral("人事档案"));
+    m_lblPreset->hide();
 }
 
 void frmRs_Person::mnuRsSeek1_Click() {
@@ -757,6 +545,12 @@ bool frmRs_Person::eventFilter(QObject* watched, QEvent* event) {
                     [this, dialog] { m_result = dialog->property(m_resultProperty); });
         }
         return false;
+    }
+    if (event->type() == QEvent::MouseButtonDblClick) {
+        if (const int choice = m_optSelect->id(qobject_cast<QAbstractButton*>(watched)); choice >= 0) {
+            guarded([this, choice] { OptSelect_DblClick(choice); });
+            return true;
+        }
     }
     const int image = m_images.indexOf(qobject_cast<QWidget*>(watched));
     if (image >= 0 && static_cast<QWidget*>(watched)->isEnabled()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <QDialog>
 #include <QPointer>
 #include <QString>
@@ -26,8 +27,8 @@ class ZqGrid;
 class frmRs_Person : public QDialog {
     Q_OBJECT
     Q_PROPERTY(int RsState READ rsState WRITE setRsState)
-    // Opened from the home page: the persons of one of its lines, named by its caption. A search
-    // replaces it.
+    // Opened from the home page: the persons of one of its lines, named by its caption beside the
+    // count (the window's title stays "人事档案"). A search replaces it.
     Q_PROPERTY(QString PresetFilter MEMBER m_presetFilter)
     Q_PROPERTY(QString PresetCaption MEMBER m_presetCaption)
 
@@ -47,6 +48,7 @@ public:
 
     // The record screens in the order of the choices, and their captions.
     static const QStringList& recordScreens();
+    static const QStringList& recordCaptions();
 
     void load();
     void cboZT_Click();
@@ -57,6 +59,9 @@ public:
     void Grid1_LeaveCell(int col, int row, int newCol, int newRow);
     void Grid1_DblClick(int col, int row);
     void OpenRecordScreen();
+    // A double click on a record choice opens it as the buttons would: to change for a clerk who
+    // may change persons (修改), to look at for the others (查询).
+    void OptSelect_DblClick(int index);
     void ComAdd_Click();
     void cmdChg_Click();
     void cmdImport_Click();
@@ -107,8 +112,7 @@ private:
     // Opens a screen by name and gives the value its property `resultProperty` held when it closed.
     QVariant openFormFor(const QString& name, const QVariantMap& settings, const char* resultProperty);
     // Runs a handler; a failed statement is shown instead of leaving the event loop.
-    template <typename F> void guarded(F&& f);
-    // Runs a save; a failure is reported as such and gives false.
+    void guarded(const std::function<void()>& f);
 
     bool m_loaded = false;
     int m_rsState = 1;
@@ -126,6 +130,7 @@ private:
     QTreeWidget* m_tree;
     ZqGrid* m_grid;
     QLabel* m_lblTotal;
+    QLabel* m_lblPreset;
     QPushButton* m_cmdState;
     QPushButton* m_cmdQuit;
     QPushButton* m_cmdSeek;

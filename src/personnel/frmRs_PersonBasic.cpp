@@ -28,6 +28,7 @@
 #include <QMenu>
 #include <QPixmap>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -128,7 +129,9 @@ void frmRs_PersonBasic::buildUi() {
     auto* fields = new QGridLayout;
     fields->setHorizontalSpacing(6);
     fields->setVerticalSpacing(4);
-    for (int i = 0; i < kBasicFields; ++i) {
+    const QVector<int> order = BasicFieldOrder();
+    for (int place = 0; place < kBasicFields; ++place) {
+        const int i = order.at(place);
         auto* label = new QLabel(BasicCaption(i), this);
         label->setObjectName(QStringLiteral("Label2(%1)").arg(i));
         label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -144,14 +147,28 @@ void frmRs_PersonBasic::buildUi() {
         QWidget* w = fieldWidget(i);
         label->setBuddy(w);
         w->setMinimumWidth(150);
-        const int r = i / kFieldColumns;
-        const int c = (i % kFieldColumns) * 2;
-        fields->addWidget(label, r, c);
+        const int r = place / kFieldColumns;
+        const int c = (place % kFieldColumns) * 2;
+        if (IsRequiredBasicField(i)) {
+            // The mark stands apart from the caption, which the dictionary may rename.
+            auto* mark = new QLabel(QStringLiteral("*"), this);
+            mark->setObjectName(QStringLiteral("lblRequired(%1)").arg(i));
+            mark->setStyleSheet(QStringLiteral("color: #c00000; font-weight: bold;"));
+            mark->setToolTip(QStringLiteral("必须填写"));
+            auto* cell = new QHBoxLayout;
+            cell->setSpacing(2);
+            cell->addStretch(1);
+            cell->addWidget(mark);
+            cell->addWidget(label);
+            fields->addLayout(cell, r, c);
+        } else {
+            fields->addWidget(label, r, c);
+        }
         fields->addWidget(w, r, c + 1);
     }
-    // Combo boxes were made first; put every field in the tab chain in column order.
-    for (int i = 1; i < kBasicFields; ++i)
-        setTabOrder(fieldWidget(i - 1), fieldWidget(i));
+    // Combo boxes were made first; put every field in the tab chain in the order shown.
+    for (int place = 1; place < kBasicFields; ++place)
+        setTabOrder(fieldWidget(order.at(place - 1)), fieldWidget(order.at(place)));
     for (int c = 1; c < kFieldColumns * 2; c += 2)
         fields->setColumnStretch(c, 1);
 
@@ -179,7 +196,7 @@ void frmRs_PersonBasic::buildUi() {
     m_cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
     for (QPushButton* b : {m_cmdOK, m_cmdCancel})
         b->setAutoDefault(false);
-    setTabOrder(fieldWidget(kBasicFields - 1), m_cmdOK);
+    setTabOrder(fieldWidget(order.last()), m_cmdOK);
     setTabOrder(m_cmdOK, m_cmdCancel);
 
     auto* side = new QVBoxLayout;
@@ -187,9 +204,20 @@ void frmRs_PersonBasic::buildUi() {
     side->addStretch(1);
     side->addWidget(m_cmdOK);
     side->addWidget(m_cmdCancel);
-    auto* top = new QHBoxLayout(this);
+    auto* top = new QHBoxLayout;
     top->addLayout(fields, 1);
     top->addLayout(side);
+    // What was saved is said here: adding goes on with an empty form and no box to click away.
+    m_status = new QStatusBar(this);
+    m_status->setObjectName(QStringLiteral("sbStatus"));
+    m_status->setSizeGripEnabled(false);
+    auto* legend =
+        new QLabel(QStringLiteral("带 <span style=\"color:#c00000\"><b>*</b></span> 的项目必须填写"), this);
+    legend->setObjectName(QStringLiteral("lblRequiredLegend"));
+    m_status->addPermanentWidget(legend);
+    auto* page = new QVBoxLayout(this);
+    page->addLayout(top, 1);
+    page->addWidget(m_status);
 
     connect(m_comBm, &QComboBox::activated, this, [this] { ComBm_Click(); });
     connect(m_cobFunit, &QComboBox::activated, this, [this] { CobFunit_Click(); });
@@ -412,6 +440,8 @@ void frmRs_PersonBasic::afterSave(int mode) {
         return;
     }
     WriteLogRecord(QStringLiteral("增加员工记录") + who);
+    m_status->showMessage(
+        SavedPersonText(g.CurPersonCode, g.CurPersonName, m_comBm->currentText(), m_cboRz->currentText()));
     // The combo boxes keep their values for the next person.
     for (int i = 0; i < kBasicFields; ++i)
         if (!IsBasicCombo(i)) m_text2[i]->clear();
@@ -468,6 +498,10 @@ void frmRs_PersonBasic::showPicture(const QString& file) {
     }
     m_image1->setPixmap(
         picture.scaled(m_image1->contentsRect().size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+}
+
+QString frmRs_PersonBasic::statusText() const {
+    return m_status->currentMessage();
 }
 
 bool frmRs_PersonBasic::hasPicture() const {

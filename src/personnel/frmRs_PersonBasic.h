@@ -10,11 +10,14 @@ class QLabel;
 class QLineEdit;
 class QMenu;
 class QPushButton;
+class QStatusBar;
 
 namespace zq {
 
 // "基本资料": one person's master row, viewed (PersonEditMode 0), added (1) or changed (2), with
-// the photo. Adding stays open for the next person; a change closes after the save.
+// the photo. Adding stays open for the next person and says in its status line whom it saved; a
+// change closes after the save. The fields that must be filled carry a mark; the department stands
+// before the post, whose list it fills.
 class frmRs_PersonBasic : public QDialog {
     Q_OBJECT
     // The unit a new person gets by default (the browser passes its company).
@@ -43,6 +46,8 @@ public:
 
     QLineEdit* text2(int index) const { return m_text2[index]; }
     QString photoPath() const { return m_photoPath; }
+    // The status line's message, after a person was added.
+    QString statusText() const;
     bool hasPicture() const;
 
 protected:
@@ -71,7 +76,7 @@ private:
     QString m_photoPath;
     bool m_photoRemoved = false; // the clerk took the picture away (相片删除)
     QByteArray m_loadedPhoto;    // digest of the photo as read: another client's is not overwritten
-    QString m_oldPost; // cboRz.Tag
+    QString m_oldPost;           // cboRz.Tag
     QString m_houseTag = QStringLiteral("1");
 
     QLineEdit* m_text2[kBasicFields] = {};
@@ -90,6 +95,7 @@ private:
     QMenu* m_mnuPic;
     QPushButton* m_cmdOK;
     QPushButton* m_cmdCancel;
+    QStatusBar* m_status;
 };
 
 } // namespace zq

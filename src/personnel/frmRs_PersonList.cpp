@@ -167,9 +167,14 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     connect(m_chartField, &QComboBox::currentIndexChanged, this, &frmRs_PersonList::drawChart);
     connect(m_pie, &QCheckBox::toggled, this, &frmRs_PersonList::drawChart);
     connect(save, &QPushButton::clicked, this, [this] {
-        const QString file =
-            PickFile(2, 0, m_chartField->currentText() + QStringLiteral(".png"), QStringLiteral("保存图片"),
-                     QStringLiteral("PNG 图片 (*.png);;PDF 文件 (*.pdf)"));
+        // A new file is written: the save dialog, which asks before it replaces one.
+        FileRequest r;
+        r.mode = FileRequest::Save;
+        r.title = QStringLiteral("保存图片");
+        r.filter = QStringLiteral("PNG 图片|*.png|PDF 文件|*.pdf");
+        r.flags = cdlOFNOverwritePrompt | cdlOFNPathMustExist | cdlOFNHideReadOnly;
+        r.fileName = m_chartField->currentText() + QStringLiteral(".png");
+        const QString file = prompts().file(r);
         if (!file.isEmpty() && !saveChart(file))
             ShowMsg(QStringLiteral("图片保存失败: %1").arg(file), vbExclamation, windowTitle());
     });

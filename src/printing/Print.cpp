@@ -153,7 +153,7 @@ TableData tableOfGrid(const ZqGrid& grid) {
     for (int r = 1; r <= last; ++r) {
         TableRow row;
         for (int c : cols)
-            row.cells << grid.text(r, c);
+            row.cells << (c == 0 ? grid.rowHeaderText(r) : grid.text(r, c));
         t.rows << row;
     }
     return t;
@@ -195,7 +195,8 @@ void PrintTreeView(QTreeWidget* tree, const QString& title) {
 void PrintText(const QString& title, const QString& text) {
     TableData t;
     t.columns << TableColumn{QString(), 60};
-    for (const QString& line : QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).split(QLatin1Char('\n')))
+    for (const QString& line :
+         QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).split(QLatin1Char('\n')))
         t.rows << TableRow{{line.isEmpty() ? QStringLiteral(" ") : line}, 0};
     BusyPointer busy;
     TableDocument doc(t, {title, G().CompanyItems, {}, true}, TableDocument::Style::Outline);

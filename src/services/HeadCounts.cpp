@@ -56,24 +56,27 @@ HeadCounts::HeadCounts(const QString& table, qint32 state)
     : m_table(table)
     , m_column(PersonCodeColumn(table))
     , m_state(state) {
-    // The server groups case-insensitive text slowly (and sorts it on disk before the table has
-    // statistics); grouped as plain text it is several times faster, and the exact values are what
-    // the matching below wants. The file database groups fastest along its index on the column.
-    const QString key =
-        conn().dialect().isServer() ? QStringLiteral("cast(%1 as text)").arg(m_column) : m_column;
-    Recordset rs(conn(), QStringLiteral("select ") + key + QStringLiteral(",count(*)") +
-                             personsInState(state) + QStringLiteral(" group by ") + key);
+    // The counts the database keeps as the persons change, one row per stored value (exactly as
+    // stored); every person has a department value, so those rows give the state's total.
+    const QString state_ = QString::number(state);
+    {
+        Recordset rs(conn(), QStringLiteral("select sum(fCount) from tRsHeadCount where fColumn='fbmcode' and fzt=") +
+                                 state_);
+        m_total = rs.eof() ? 0 : qint64(rs.val(0));
+    }
+    Recordset rs(conn(), QStringLiteral("select fValue,fCount from tRsHeadCount where fColumn=") +
+                             quoted(m_column.toLower()) + QStringLiteral(" and fzt=") + state_ +
+                             QStringLiteral(" and fCount<>0 and fValue<>'' order by fValue") +
+                             (conn().dialect().isServer() ? QStringLiteral(" collate \"C\"") : QString()));
     QVector<QPair<QString, qint64>> groups;
     for (; !rs.eof(); rs.moveNext()) {
-        const qint64 n = qint64(rs.val(1));
-        m_total += n;
-        // A null code matches no pattern; it counts for the root only.
-        if (rs.value(0).isNull()) continue;
         const QString value = rs.text(0);
         m_oddValues = m_oddValues || std::any_of(value.cbegin(), value.cend(), lowersOntoAscii);
-        groups.append({foldAscii(value), n});
+        groups.append({foldAscii(value), qint64(rs.val(1))});
     }
-    std::sort(groups.begin(), groups.end());
+    // Stored order is code-unit order unless letters were folded or a value lies beyond the basic
+    // plane: then it is sorted here.
+    if (!std::is_sorted(groups.begin(), groups.end())) std::sort(groups.begin(), groups.end());
     m_values.reserve(groups.size());
     m_prefix.reserve(groups.size() + 1);
     m_prefix.append(0);

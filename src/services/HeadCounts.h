@@ -16,11 +16,11 @@ QString PersonCodeColumn(const QString& table);
 // empty. One statement; the count as text.
 QString CountPersons(const QString& table, qint32 state, const QString& code);
 
-// The counts of CountPersons for many codes at once, from one grouped statement over the persons
+// The counts of CountPersons for many codes at once, from the head counts the database keeps
 // instead of one statement per code. Every count equals what CountPersons gives for the code.
 class HeadCounts {
 public:
-    // Reads the persons in `state` grouped by the table's column (one statement).
+    // Reads the counts the database keeps of the persons in `state` by the table's column.
     HeadCounts(const QString& table, qint32 state);
 
     // All persons in the state: CountPersons(table, state, "").

@@ -86,8 +86,7 @@ constexpr UniqueKey kOfficeKeys[] = {
     {"tRs_RptFlow", "fID", nullptr},
 };
 
-template <std::size_t N>
-void addUniqueKeys(Connection& c, const UniqueKey (&keys)[N]) {
+template <std::size_t N> void addUniqueKeys(Connection& c, const UniqueKey (&keys)[N]) {
     QStringList duplicates;
     for (const UniqueKey& k : keys)
         if (tableExists(c, QLatin1String(k.table))) duplicates << duplicatesOf(c, k);
@@ -113,8 +112,9 @@ void renumberSharedKeys(Connection& c, const QString& table) {
     if (!tableExists(c, table)) return;
     QVector<QVariant> locators;
     {
-        Recordset rs(c, QStringLiteral("select ") + c.dialect().rowLocatorSelect() + QStringLiteral(", fID from ") +
-                            table + QStringLiteral(" where fID in (select fID from ") + table +
+        Recordset rs(c, QStringLiteral("select ") + c.dialect().rowLocatorSelect() +
+                            QStringLiteral(", fID from ") + table +
+                            QStringLiteral(" where fID in (select fID from ") + table +
                             QStringLiteral(" group by fID having count(*)>1) order by fID, zq_rowloc"));
         QString last;
         for (; !rs.eof(); rs.moveNext()) {
@@ -123,8 +123,9 @@ void renumberSharedKeys(Connection& c, const QString& table) {
         }
     }
     for (const QVariant& loc : locators)
-        c.executeOne(QStringLiteral("update ") + table + QStringLiteral(" set fID=(select coalesce(max(fID),0)+1 from ") +
-                         table + QStringLiteral(") where ") + c.dialect().rowLocatorCondition(),
+        c.executeOne(QStringLiteral("update ") + table +
+                         QStringLiteral(" set fID=(select coalesce(max(fID),0)+1 from ") + table +
+                         QStringLiteral(") where ") + c.dialect().rowLocatorCondition(),
                      {loc});
 }
 
@@ -150,7 +151,8 @@ void addMissingColumns(Connection& c, const QString& table, const QStringList& c
 
 // A module added after the first seed: the next five positions of the rights string.
 void addModule(Connection& c, const QString& key, const QString& caption0, const QString& caption1) {
-    if (Recordset(c, QStringLiteral("select count(*) from tSysFunc where Model_Name=") + quoted(key)).val(0) > 0)
+    if (Recordset(c, QStringLiteral("select count(*) from tSysFunc where Model_Name=") + quoted(key)).val(0) >
+        0)
         return;
     const int serial = int(Recordset(c, QStringLiteral("select max(SerialNo) from tSysFunc")).val(0)) + 5;
     c.execute(QStringLiteral("insert into tSysFunc (SerialNo,Model_Name,Model_Name_0,Model_Name_1,SecondPass,"
@@ -234,8 +236,10 @@ const QVector<Step>& steps() {
              // of before start with an empty history.
              createHistoryTriggers(c);
              // The company report of changes and the organisation chart are modules of the menu.
-             addModule(c, QStringLiteral("mnuRsHistory"), QStringLiteral("人事变动报表"), QStringLiteral("人事變動報表"));
-             addModule(c, QStringLiteral("mnuRsOrgChart"), QStringLiteral("组织机构图"), QStringLiteral("組織機構圖"));
+             addModule(c, QStringLiteral("mnuRsHistory"), QStringLiteral("人事变动报表"),
+                       QStringLiteral("人事變動報表"));
+             addModule(c, QStringLiteral("mnuRsOrgChart"), QStringLiteral("组织机构图"),
+                       QStringLiteral("組織機構圖"));
          }},
         {8,
          [](Connection& c) {
@@ -243,6 +247,25 @@ const QVector<Step>& steps() {
              for (const UniqueKey& k : kOfficeKeys)
                  renumberSharedKeys(c, QLatin1String(k.table));
              addUniqueKeys(c, kOfficeKeys);
+         }},
+        {9,
+         [](Connection& c) {
+             // The trees' and the home page's head counts are kept as the persons change, and the
+             // home page's dates within a state are found by index, so that neither reads the whole
+             // register at every look.
+             createHeadCounts(c);
+             const QString text = c.dialect().isServer() ? QStringLiteral("::text") : QString();
+             for (const char* column : {"fSpday", "contractlimt", "leavetime"})
+                 c.execute(QStringLiteral("create index if not exists ix_trsbasic_state_%1 on tRsBasic (fzt, (%2%3))")
+                               .arg(QString::fromLatin1(column).toLower(), QLatin1String(column), text));
+             if (c.dialect().isServer() || tableExists(c, QStringLiteral("sqlite_stat1")))
+                 c.execute(QStringLiteral("analyze tRsBasic"));
+         }},
+        {10,
+         [](Connection& c) {
+             // A notice knows who posted it, so that his own does not count as unread to him.
+             // Notices of before have no poster and count as they did.
+             addMissingColumns(c, QStringLiteral("tRs_News"), {QStringLiteral("fPoster")});
          }},
     };
     return s;

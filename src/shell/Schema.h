@@ -56,6 +56,14 @@ void createHistoryTriggers(Connection& c);
 // Takes the triggers away again; the rows stay.
 void dropHistoryTriggers(Connection& c);
 
+// Head counts of the persons by department, room, month of birth and month of hire, per state, kept
+// by triggers in the same transaction as the persons (SchemaCounts.cpp). Makes the table and its
+// triggers, over any that are there, and counts afresh. A restore copies the counts with the rest.
+void createHeadCounts(Connection& c);
+// For a writer of a whole company at once, inside its transaction: the added persons are counted
+// once at the end instead of one by one. Nobody else may write persons meanwhile.
+void pauseHeadCounts(Connection& c, bool paused);
+
 // The schema version kept in zq_schema; 0 when the database has none.
 int currentVersion(Connection& c);
 int latestVersion();

@@ -220,7 +220,7 @@ QVector<Table> build() {
     // fPosted: when the notice was posted, to the millisecond, for the count of unread notices.
     t << Table{"tRs_News",
                {col("fID", T::Int), col("fDate", T::Date), col("fContent", T::Memo), text("fBmName", 20),
-                text("fPosted", 23)},
+                text("fPosted", 23), text("fPoster", 20)},
                {{"fID"}, {"fDate"}}};
     // When each user last opened the notice board.
     t << Table{"tRs_NewsSeen", {text("fUser", 20), text("fOpened", 23)}, {{"fUser"}}};

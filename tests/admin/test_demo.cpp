@@ -59,7 +59,8 @@ QStringList contents(const QStringList& tables) {
             QStringList values;
             for (int i = 0; i < q.record().count(); ++i)
                 values << (q.value(i).isNull() ? QStringLiteral("<null>") : q.value(i).toString());
-            rows << QString(table + QLatin1Char('|') + values.join(QLatin1Char('|'))).replace(folder, QString());
+            rows << QString(table + QLatin1Char('|') + values.join(QLatin1Char('|')))
+                        .replace(folder, QString());
         }
     }
     rows.sort();
@@ -254,15 +255,38 @@ private slots:
             columns << SheetColumn{ImportCaption(f), CellKind::Text, 0, 10};
         for (const char* suffix : {"csv", "xlsx"}) {
             const QString file = dir.filePath(QStringLiteral("register.") + QLatin1String(suffix));
-            QueryRowSource rows(columns, QStringLiteral("select %1 from tRsBasic order by fCode").arg(fields.join(',')));
+            QueryRowSource rows(
+                columns, QStringLiteral("select %1 from tRsBasic order by fCode").arg(fields.join(',')));
             QCOMPARE(ExportRows(file, rows, QStringLiteral("员工名单")), 1500);
             const ImportCheck check = CheckImport(PrepareImport(file), true);
             QVERIFY2(check.error.isEmpty(), qPrintable(check.error));
             QStringList reasons;
             for (const RowIssue& i : check.issues)
-                if (i.refused && reasons.size() < 5) reasons << QStringLiteral("%1 %2: %3").arg(i.row).arg(i.code, i.reason);
-            QVERIFY2(check.refused == 0, qPrintable(QString::number(check.refused) + QLatin1Char('\n') + reasons.join('\n')));
+                if (i.refused && reasons.size() < 5)
+                    reasons << QStringLiteral("%1 %2: %3").arg(i.row).arg(i.code, i.reason);
+            QVERIFY2(check.refused == 0,
+                     qPrintable(QString::number(check.refused) + QLatin1Char('\n') + reasons.join('\n')));
             QCOMPARE(check.unchanged, 1500);
+        }
+    }
+
+    // The README names the demo logins of the usual demo company (2,000 persons, seed 1), with
+    // their departments: they must be the ones the generator makes.
+    void readmeNamesTheDemoLogins() {
+        fillDemo(1, 2000);
+        const QVector<demo::DemoLogin> logins = demo::addDemoUsers(conn());
+        QCOMPARE(logins.size(), 3);
+        QFile readme(QStringLiteral(QT_TESTCASE_SOURCEDIR "/../README.md"));
+        QVERIFY(readme.open(QIODevice::ReadOnly));
+        const QString text = QString::fromUtf8(readme.readAll());
+        for (const demo::DemoLogin& l : logins) {
+            Recordset rs(conn(), QStringLiteral("select b.fName from tRsBasic a left join tRs_Bm b on "
+                                                "a.fBmCode=b.fCode where a.fName=") +
+                                     quoted(l.name));
+            const QString row = l.supervisor
+                                    ? QStringLiteral("| %1 | %2 |").arg(l.name, l.password)
+                                    : QStringLiteral("| %1 (%2) | %3 |").arg(l.name, rs.text(0), l.password);
+            QVERIFY2(text.contains(row), qPrintable(row));
         }
     }
 

@@ -19,6 +19,7 @@
 #include <QDateEdit>
 #include <QLabel>
 #include <QLineEdit>
+#include <QTableView>
 #include <QTest>
 
 using namespace zq;
@@ -242,10 +243,12 @@ private slots:
         ZqGrid* g = f->grid();
         click(*f, "cmdSeek");
         QCOMPARE(g->maxRows(), 2);
-        // Newest loan first within a person; the key stands in the row header.
+        // Newest loan first within a person; the key stands in column 0, the rows are counted 1..n.
         QCOMPARE(g->text(1, 3), QStringLiteral("扳手"));
         const QString key = g->text(1, 0);
         QVERIFY(!key.isEmpty());
+        QCOMPARE(g->view()->model()->headerData(0, Qt::Vertical).toString(), QStringLiteral("1"));
+        QCOMPARE(g->view()->model()->headerData(1, Qt::Vertical).toString(), QStringLiteral("2"));
 
         // The date range compares as dates on both engines.
         w<QCheckBox>(*f, "Check1(9)")->setChecked(true);
@@ -445,7 +448,8 @@ private slots:
         setBox(*f, "Text3(2)", "高压电工证");
         m_prompts->answer(vbYes);
         click(*f, "cmdSave");
-        QVERIFY2(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
+        QVERIFY2(m_prompts->messages().last().startsWith(
+                     QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
                  qPrintable(m_prompts->messages().join('|')));
         QCOMPARE(one("select cardname||cardjg from trscard"), QStringLiteral("电工证质监局"));
         QVERIFY(w<QWidget>(*f, "Pict")->isVisible());

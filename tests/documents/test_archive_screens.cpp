@@ -118,7 +118,7 @@ private slots:
         auto& f = open<frmWd_Filer>();
         QVERIFY(!w<QFrame>(QStringLiteral("Picture1"))->isVisible());
         click(QStringLiteral("cmdAdd"));
-        QCOMPARE(w<QLabel>(QStringLiteral("lblAction"))->text(), QStringLiteral("文档类新建:"));
+        QCOMPARE(w<QLabel>(QStringLiteral("lblAction"))->text(), QStringLiteral("档案新建:"));
         // Empty fields are named by their labels, which follow the kind.
         fillEntry(false, {}, QStringLiteral("规章制度"));
         click(QStringLiteral("cmdSave"));
@@ -175,6 +175,7 @@ private slots:
         // A change closes the panel; a changed class code leaves its children where they were.
         clickNode(QStringLiteral("B01"));
         click(QStringLiteral("cmdChg"));
+        QCOMPARE(w<QLabel>(QStringLiteral("lblAction"))->text(), QStringLiteral("档案修改:"));
         w<QLineEdit>(QStringLiteral("TxtCode"))->setText(QStringLiteral("09"));
         click(QStringLiteral("cmdSave"));
         QVERIFY(!w<QFrame>(QStringLiteral("Picture1"))->isVisible());
@@ -350,6 +351,7 @@ private slots:
     void dictionaryIsThePlainMember() {
         auto& d = open<frmWd_dict>();
         click(QStringLiteral("cmdAdd"));
+        QCOMPARE(w<QLabel>(QStringLiteral("lblAction"))->text(), QStringLiteral("辞典新增:"));
         QVERIFY(!w<QFrame>(QStringLiteral("fraLeft"))->isEnabled());
         click(QStringLiteral("cmdSave"));
         QCOMPARE(m_prompts->messages().last(), QStringLiteral("辞典编码不能为空。"));
@@ -373,6 +375,7 @@ private slots:
         clickNode(QStringLiteral("B0101"));
         QCOMPARE(w<QTreeWidget>(QStringLiteral("Tree1"))->currentItem()->text(0), QStringLiteral("绩效"));
         click(QStringLiteral("cmdChg"));
+        QCOMPARE(w<QLabel>(QStringLiteral("lblAction"))->text(), QStringLiteral("辞典修改:"));
         click(QStringLiteral("cmdSave"));
         QVERIFY(w<QTreeWidget>(QStringLiteral("Tree1"))
                     ->findItems(QStringLiteral("0101\t绩效"), Qt::MatchRecursive)

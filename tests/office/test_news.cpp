@@ -6,6 +6,7 @@
 #include "office/frmBg_News.h"
 #include "office/frmBg_Report.h"
 #include "office/NewsData.h"
+#include "office/OfficeData.h"
 #include "services/Lookups.h"
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
@@ -186,6 +187,29 @@ private slots:
         open();
         QVERIFY(w("lblNew")->isHidden());
         QVERIFY(w<QLabel>("lblUnread")->text().isEmpty());
+    }
+
+    // What he posts himself, on the board or forwarded from a report or meeting, he has read; the
+    // others have not.
+    void ownNoticesAreNotUnread() {
+        exec("insert into tRs_NewsSeen (fUser,fOpened) values ('张三','2026-01-02 10:00:00.000')");
+        exec("insert into tRs_NewsSeen (fUser,fOpened) values ('李四','2026-01-02 10:00:00.000')");
+        as(QStringLiteral("张三"), QStringLiteral("01"));
+        open();
+        click("cmdAdd");
+        w<QPlainTextEdit>("txtContent")->setPlainText(QStringLiteral("周五例会"));
+        click("cmdOK");
+        office::ForwardNotice(QDate::currentDate(), QStringLiteral("转发的报告"), QString());
+        QCOMPARE(one("select count(*) from tRs_News where fPoster='张三'"), QStringLiteral("2"));
+        m_form.reset();
+        QCOMPARE(news::UnreadCount(QStringLiteral("张三"), QStringLiteral("01")), 0);
+        QCOMPARE(news::UnreadCount(QStringLiteral("李四"), QString()), 2);
+        as(QStringLiteral("李四"), QString());
+        open();
+        QVERIFY(!w("lblNew")->isHidden());
+        as(QStringLiteral("张三"), QStringLiteral("01"));
+        open();
+        QVERIFY(w("lblNew")->isHidden());
     }
 
     void commandTableOpensTheScreen() {

@@ -19,6 +19,7 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QInputMethodEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -123,13 +124,41 @@ private slots:
         QCOMPARE(one("select fzt from tRsBasic where fCode='A01'"), QString::number(CurrentRsState()));
         QCOMPARE(G().CurPersonCode, QString("A01"));
         QCOMPARE(G().CurPersonDeptCode, QString("01"));
-        // Ready for the next person: the boxes are empty, the combo boxes keep their values.
+        // Ready for the next person: the boxes are empty, the combo boxes keep their values, and
+        // the status line says whom it saved (no box to click away).
         QVERIFY(f->isVisible());
         QVERIFY(f->text2(0)->text().isEmpty());
+        QVERIFY(m_prompts->messages().isEmpty());
+        QVERIFY2(f->statusText().contains(QStringLiteral("已存盘")) && f->statusText().contains("A01") &&
+                     f->statusText().contains(QStringLiteral("张三")) &&
+                     f->statusText().contains(QStringLiteral("生产部")),
+                 qPrintable(f->statusText()));
         fillRequired(*f, "A02", "李四");
         f->cmdOK_Click();
         QCOMPARE(one("select fBmName||'/'||fBmCode||'/'||fRz||'/'||funit from tRsBasic where fCode='A02'"),
                  QString("生产部/01/车工/总公司"));
+    }
+
+    // The fields a save refuses empty are marked; the department comes before the post, in the
+    // form and in the tab chain.
+    void requiredFieldsMarkedAndDepartmentBeforePost() {
+        auto f = screen(1);
+        for (int i = 0; i < kBasicFields; ++i) {
+            auto* mark = f->findChild<QLabel*>(QStringLiteral("lblRequired(%1)").arg(i));
+            QCOMPARE(bool(mark), i == 0 || i == 1 || i == 25);
+            if (mark) QVERIFY(mark->isVisible());
+        }
+        QWidget* dept = combo(*f, "ComBm");
+        QWidget* post = combo(*f, "cboRz");
+        const auto place = [&](QWidget* w) { return f->mapFromGlobal(w->mapToGlobal(QPoint(0, 0))); };
+        const QPoint d = place(dept);
+        const QPoint p = place(post);
+        QVERIFY2(d.y() < p.y() || (d.y() == p.y() && d.x() < p.x()),
+                 qPrintable(QString("%1,%2 / %3,%4").arg(d.x()).arg(d.y()).arg(p.x()).arg(p.y())));
+        QWidget* w = dept->nextInFocusChain();
+        while (w != post && dept->isAncestorOf(w))
+            w = w->nextInFocusChain(); // the department box's own parts
+        QVERIFY2(w == post || post->isAncestorOf(w), qPrintable(w->objectName()));
     }
 
     void comboBoxesNeverChooseByThemselves() {

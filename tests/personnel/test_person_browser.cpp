@@ -18,6 +18,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFile>
 #include <QFileInfo>
 #include <QFrame>
 #include <QLabel>
@@ -25,6 +26,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -419,6 +421,63 @@ private slots:
         QCOMPARE(G().PersonEditMode, qint16(2));
         QCOMPARE(opened.size(), 2);
         QCOMPARE(G().CurPersonCode, QString("002")); // the list was not refreshed
+    }
+
+    // A double click on a record choice opens it as the buttons would: 修改 for one who may change,
+    // 查询 for one who may only look.
+    void doubleClickOnAChoiceOpensIt() {
+        frmRs_Person w;
+        w.show();
+        G().CurPersonCode = QStringLiteral("002");
+        G().CurPersonName = QStringLiteral("李四");
+        auto* family = child<QRadioButton>(w, QStringLiteral("OptSelect(1)"));
+        child<QRadioButton>(w, QStringLiteral("OptSelect(0)"))->setChecked(true);
+        QTest::mouseDClick(family, Qt::LeftButton);
+        QVERIFY(family->isChecked());
+        QCOMPARE(opened, QStringList({"frmRs_PersonFamily"}));
+        QCOMPARE(G().PersonEditMode, qint16(2));
+
+        const QString serial = one("select SerialNo from tSysFunc where Model_Name='mnuRsManIn'");
+        QString power(350, QLatin1Char('0'));
+        power[serial.toInt() - 1] = QLatin1Char('1'); // entering only
+        G().myPower = power;
+        QTest::mouseDClick(family, Qt::LeftButton);
+        QCOMPARE(opened.size(), 2);
+        QCOMPARE(G().PersonEditMode, qint16(0));
+        QVERIFY(m_prompts->messages().isEmpty()); // no refusal to click away
+    }
+
+    // An import changes the tree's head counts at once; its mapping names fields by caption.
+    void importCountsItsPersonsInTheTree() {
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("新员工.csv"));
+        QFile f(file);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(QStringLiteral(
+                    "fCode,fName,fBmCode,fSpday\r\n101,新人甲,02,2024-01-02\r\n102,新人乙,02,2024-01-02\r\n")
+                    .toUtf8());
+        f.close();
+        frmRs_Person w;
+        w.show();
+        auto* tree = child<QTreeWidget>(w, QStringLiteral("Tree1"));
+        const auto countOf = [&] { return FindNode(tree, QStringLiteral("B02"))->text(0); };
+        QVERIFY2(countOf().endsWith(QStringLiteral("共1人)")), qPrintable(countOf()));
+        m_prompts->answerFile(file);
+        QStringList mapped;
+        setModalRunner([&](QDialog& d) {
+            for (QComboBox* c : d.findChildren<QComboBox*>())
+                if (c->objectName().startsWith(QStringLiteral("cboMap"))) mapped << c->currentText();
+            child<QPushButton>(d, QStringLiteral("cmdCheck"))->click();
+            child<QPushButton>(d, QStringLiteral("cmdImport"))->click();
+            return d.result();
+        });
+        click(w, "cmdImport");
+        initTestCase();
+        QCOMPARE(one("select count(*) from tRsBasic where fzt=1 and fBmCode='02'"), QString("3"));
+        QVERIFY2(countOf().endsWith(QStringLiteral("共3人)")), qPrintable(countOf()));
+        QVERIFY(!mapped.isEmpty());
+        for (const QString& m : mapped)
+            QVERIFY2(!m.contains(QRegularExpression(QStringLiteral("\\bf[A-Z]"))), qPrintable(m));
     }
 
     void addingOpensTheMasterRecordAndShowsTheNewPerson() {

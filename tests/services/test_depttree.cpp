@@ -56,6 +56,40 @@ void verifyCounts(QTreeWidget& tree, const QString& table, int state) {
     }
     QVERIFY(nodes > 0);
 }
+
+// The head counts the database keeps, and the same counted from the persons, as "key|value|state=n".
+QStringList keptCounts() {
+    QStringList l;
+    for (Recordset rs(conn(), "select fColumn,fValue,fzt,fCount from tRsHeadCount where fCount<>0"); !rs.eof();
+         rs.moveNext())
+        l << QStringLiteral("%1|%2|%3=%4").arg(rs.text(0), rs.text(1), rs.text(2), rs.text(3));
+    l.sort();
+    return l;
+}
+
+QStringList countedNow() {
+    const bool server = conn().dialect().isServer();
+    const auto exact = [server](const char* column) {
+        return server ? QStringLiteral("%1::text").arg(QLatin1String(column))
+                      : QStringLiteral("%1 collate binary").arg(QLatin1String(column));
+    };
+    QStringList l;
+    const struct {
+        const char* key;
+        QString value;
+        QString when;
+    } keys[] = {{"fbmcode", QStringLiteral("coalesce(%1,'')").arg(exact("fBmCode")), QStringLiteral("1=1")},
+                {"neckline", exact("neckline"), QStringLiteral("coalesce(neckline,'')<>''")},
+                {"birthmonth", QStringLiteral("substr(%1,6,2)").arg(exact("fBirthDay")), QStringLiteral("coalesce(fBirthDay,'')<>''")},
+                {"hiremonth", QStringLiteral("substr(%1,6,2)").arg(exact("fSpday")), QStringLiteral("coalesce(fSpday,'')<>''")}};
+    for (const auto& k : keys)
+        for (Recordset rs(conn(), QStringLiteral("select %1,coalesce(fzt,-1),count(*) from tRsBasic where %2 group by %1,coalesce(fzt,-1)")
+                                      .arg(k.value, k.when));
+             !rs.eof(); rs.moveNext())
+            l << QStringLiteral("%1|%2|%3=%4").arg(QLatin1String(k.key), rs.text(0), rs.text(1), rs.text(2));
+    l.sort();
+    return l;
+}
 } // namespace
 
 class TestDeptTree : public QObject {
@@ -248,6 +282,41 @@ private slots:
         QTreeWidget tree;
         FillDeptTree(&tree, "tRs_Bm", "", 0, 1, 1, -1);
         verifyCounts(tree, "tRs_Bm", 1);
+    }
+
+    // The counts follow every kind of write, whoever makes it, and a rolled-back one leaves them.
+    void keptCountsFollowEveryChange() {
+        person("a", 1, "0101", "r1");
+        person("b", 1, "01");
+        person("c", 1, QVariant(), "R1");
+        person("d", 2, "01", "r1");
+        exec("update tRsBasic set fBirthDay='1990-11-02', fSpday='2020-03-01' where fCode in ('a','b')");
+        QCOMPARE(keptCounts(), countedNow());
+        // Moves of department, room and state, one row and many at once, and case alone.
+        exec("update tRsBasic set fBmCode='02', neckline='r2' where fCode='a'");
+        exec("update tRsBasic set fzt=3 where fBmCode='01'");
+        exec("update tRsBasic set fBmCode='0A' where fCode='c'");
+        exec("update tRsBasic set fBmCode='0a', fBirthDay=null where fCode='c'");
+        exec("update tRsBasic set fName='某某'"); // no counted column
+        QCOMPARE(keptCounts(), countedNow());
+        {
+            Transaction t(conn());
+            exec("update tRsBasic set fzt=1");
+            exec("delete from tRsBasic where fCode='a'");
+        } // rolled back
+        QCOMPARE(keptCounts(), countedNow());
+        exec("delete from tRsBasic where fzt=3");
+        person("e", 1, "02", "r2");
+        QCOMPARE(keptCounts(), countedNow());
+        HeadCounts rooms("tRs_House", 1);
+        QCOMPARE(rooms.total(), 3);
+        QCOMPARE(rooms.count("r"), CountPersons("tRs_House", 1, "r").toLongLong());
+        QCOMPARE(rooms.count("r2"), 2);
+        // A second client's writes are counted too.
+        Connection other;
+        other.open(conn().settings());
+        other.execute("update tRsBasic set fBmCode='03' where fCode='e'");
+        QCOMPARE(keptCounts(), countedNow());
     }
 
     void headCountsDirectly() {

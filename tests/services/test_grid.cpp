@@ -212,6 +212,75 @@ private slots:
         QCOMPARE(grid.activeCol(), 2);
     }
 
+    // A long remark is edited in a box of some lines, over the one-line row, inside the grid.
+    void longTextIsEditedInABoxOfUsefulSize() {
+        ZqGrid grid;
+        grid.setMaxCols(3);
+        grid.setMaxRows(8);
+        grid.setColMultiLine(3, true);
+        grid.resize(700, 300);
+        grid.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&grid));
+        auto* editor = edit<QPlainTextEdit>(grid, 8, 3);
+        QVERIFY(editor);
+        const QRect cell = grid.view()->visualRect(at(grid, 8, 3));
+        QVERIFY2(editor->height() >= 5 * editor->fontMetrics().lineSpacing(),
+                 qPrintable(QString::number(editor->height())));
+        QVERIFY(editor->height() > 2 * cell.height());
+        QVERIFY(editor->width() >= cell.width());
+        // The last row's box opens upwards, and the last column's to the left: all of it on show.
+        QVERIFY(grid.view()->viewport()->rect().contains(editor->geometry()));
+        key(grid, Qt::Key_Escape);
+    }
+
+    // Columns narrower than the grid share its spare width, cut texts first; colWidth() stays the
+    // width they were given. With no room they keep their own widths.
+    void columnsUseTheGridsWidth() {
+        ZqGrid grid;
+        grid.setMaxCols(3);
+        grid.setColWidth(-1, 6);
+        const QString remark = QStringLiteral("这是一段很长的备注文字，需要比较宽的栏目才能完整显示出来。");
+        grid.loadRows({{"1", "张三", remark}, {"2", "李四", "短"}});
+        grid.resize(900, 200);
+        grid.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&grid));
+        QTest::qWait(20);
+        QTableView* view = grid.view();
+        const int room = view->viewport()->width();
+        int total = 0;
+        for (int c = 0; c < 3; ++c)
+            total += view->columnWidth(c);
+        QVERIFY2(qAbs(total - room) <= 3, qPrintable(QString("%1 of %2").arg(total).arg(room)));
+        QVERIFY(view->columnWidth(2) >= view->fontMetrics().horizontalAdvance(remark));
+        QCOMPARE(grid.colWidth(3), 6.0);
+        // Narrow again: the columns go back to their own widths and the grid scrolls.
+        grid.resize(150, 200);
+        QTest::qWait(20);
+        QCOMPARE(view->columnWidth(0), grid.colWidthPixels(6));
+    }
+
+    // Row headers count 1..n while column 0 keeps each row's key.
+    void numberedRowsKeepTheirKeys() {
+        ZqGrid grid;
+        fill(grid, 3);
+        for (int r = 1; r <= 3; ++r)
+            grid.setText(r, 0, QString::number(100 - r));
+        QAbstractItemModel* m = grid.view()->model();
+        QCOMPARE(m->headerData(0, Qt::Vertical).toString(), QStringLiteral("99"));
+        QCOMPARE(grid.rowHeaderText(1), QStringLiteral("99"));
+        grid.setNumberedRows(true);
+        QCOMPARE(grid.rowHeaderText(1), QStringLiteral("1")); // as printed and exported too
+        QStringList shown;
+        for (int r = 0; r < 3; ++r)
+            shown << m->headerData(r, Qt::Vertical).toString();
+        QCOMPARE(shown, QStringList({"1", "2", "3"}));
+        QCOMPARE(grid.text(2, 0), QStringLiteral("98"));
+        grid.sortRows({1});
+        grid.removeRow(1);
+        QCOMPARE(m->headerData(0, Qt::Vertical).toString(), QStringLiteral("1"));
+        QCOMPARE(grid.text(1, 0), QStringLiteral("98"));
+    }
+
     void locking() {
         ZqGrid grid;
         fill(grid, 3, 3);

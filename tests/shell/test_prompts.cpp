@@ -1,16 +1,23 @@
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/ui/Components.h"
+#include "shell/ui/ToolkitTexts.h"
 #include "shell/ui/WidgetPrompts.h"
 #include "shell/ui/zqRs.h"
 
 #include <functional>
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
 #include <QInputDialog>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -159,6 +166,67 @@ private slots:
 
         onModal([](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
         QCOMPARE(w.message("已存盘", 64, "t"), int(vbOK));
+    }
+
+    void messageBoxHasRoomForItsTitle() {
+        WidgetPrompts w;
+        const QString title = QStringLiteral("借领用工具设备 - 物品归还登记");
+        int width = 0;
+        int titleWidth = 0;
+        onModal([&](QWidget* box) {
+            width = box->width();
+            titleWidth = box->fontMetrics().horizontalAdvance(title);
+            box->close();
+        });
+        w.message(QStringLiteral("存盘完毕!"), vbInformation, title);
+        QVERIFY2(width > titleWidth, qPrintable(QString("box %1, title %2").arg(width).arg(titleWidth)));
+    }
+
+    // The toolkit's dialogs in Chinese, starting in the user's documents or where he was last.
+    void fileDialogsSpeakChineseAndStartWhereTheUserWorks() {
+        QVERIFY2(InstallToolkitTexts(0), qPrintable(ToolkitTextsFolder()));
+        ForgetLastFolder();
+        QTemporaryDir home;
+        qputenv("HOME", home.path().toUtf8());
+        QStandardPaths::setTestModeEnabled(false);
+        QDir(home.path()).mkpath(QStringLiteral("Documents"));
+        QDir(home.path()).mkpath(QStringLiteral("照片"));
+        const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+        QCOMPARE(StartFolder(), documents);
+
+        FileRequest save;
+        save.mode = FileRequest::Save;
+        save.title = QStringLiteral("保存图片");
+        save.filter = QStringLiteral("PNG 图片|*.png");
+        save.fileName = QStringLiteral("性别.png"); // a bare name: no folder of its own
+        auto dlg = MakeFileDialog(save, nullptr);
+        QCOMPARE(dlg->acceptMode(), QFileDialog::AcceptSave);
+        QCOMPARE(QDir(dlg->directory()).absolutePath(), QDir(documents).absolutePath());
+        const auto* box = dlg->findChild<QDialogButtonBox*>();
+        QVERIFY(box);
+        const QString accept = box->button(QDialogButtonBox::Save)
+                                   ? box->button(QDialogButtonBox::Save)->text()
+                                   : box->buttons().value(0)->text();
+        QVERIFY2(accept.contains(QStringLiteral("保存")), qPrintable(accept));
+        QStringList captions;
+        for (const QLabel* l : dlg->findChildren<QLabel*>())
+            captions << l->text();
+        QVERIFY2(!captions.join(' ').contains(QStringLiteral("Look in")), qPrintable(captions.join('|')));
+        QVERIFY2(!captions.join(' ').contains(QStringLiteral("File name")), qPrintable(captions.join('|')));
+
+        // A file chosen in one folder: the next dialog without a folder of its own opens there.
+        const QString photos = home.path() + QStringLiteral("/照片");
+        FileRequest open;
+        open.title = QStringLiteral("照片文件");
+        open.fileName = photos + QStringLiteral("/a.jpg");
+        dlg = MakeFileDialog(open, nullptr);
+        QCOMPARE(QDir(dlg->directory()).absolutePath(), photos);
+        dlg->selectFile(photos + QStringLiteral("/a.jpg"));
+        static_cast<QDialog*>(dlg.get())->accept(); // as the user accepting it
+        QCOMPARE(StartFolder(), photos);
+        dlg = MakeFileDialog(save, nullptr);
+        QCOMPARE(QDir(dlg->directory()).absolutePath(), photos);
+        ForgetLastFolder();
     }
 
     void inputBoxGivesTextOrCancel() {

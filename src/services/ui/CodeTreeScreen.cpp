@@ -420,7 +420,7 @@ bool CodeTreeScreen::isClass() const {
 
 void CodeTreeScreen::cmdAdd_Click() {
     m_editMode = 1;
-    m_lblAction->setText(m_word + QStringLiteral("新建:"));
+    m_lblAction->setText(m_newCaption.isEmpty() ? m_word + QStringLiteral("新建:") : m_newCaption);
     clearPage();
     m_loadedRow.clear();
     setMode(Mode::New);
@@ -430,7 +430,7 @@ void CodeTreeScreen::cmdAdd_Click() {
 void CodeTreeScreen::cmdChg_Click() {
     if (m_curCode.isEmpty()) return;
     m_editMode = 2;
-    m_lblAction->setText(m_word + QStringLiteral("修改:"));
+    m_lblAction->setText(m_changeCaption.isEmpty() ? m_word + QStringLiteral("修改:") : m_changeCaption);
     readRecord(m_curCode);
     setMode(Mode::Change);
     m_txtCode->setFocus();

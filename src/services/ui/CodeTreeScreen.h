@@ -135,8 +135,10 @@ protected:
     void afterFailure() override { m_filling = false; }
 
     QString m_table;
-    QString m_word;      // the kind of row in messages and log lines
-    QString m_classWord; // a class and an entry in the delete question
+    QString m_word;          // the kind of row in messages and log lines
+    QString m_newCaption;    // the entry panel's heading when adding ("档案新建:")
+    QString m_changeCaption; // and when changing
+    QString m_classWord;     // a class and an entry in the delete question
     QString m_entryWord;
     QString m_lowerLevels; // refusal of a class that still holds entries
     int m_screenState = 0;

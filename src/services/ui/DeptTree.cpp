@@ -183,7 +183,11 @@ QString rootCountText(qint64 total) {
 
 QString entryCountText(double limit, qint64 count) {
     QString text = kTab + QLatin1Char('(');
-    if (limit > 0) text += QStringLiteral("限") + QString::number(limit, 'g', 15) + QStringLiteral("人,");
+    // Limits are whole numbers but for a rare typed fraction; whole ones skip the slow general form.
+    const bool whole = limit < 1e15 && limit == double(qint64(limit));
+    if (limit > 0)
+        text += QStringLiteral("限") + (whole ? QString::number(qint64(limit)) : QString::number(limit, 'g', 15)) +
+                QStringLiteral("人,");
     return text + QStringLiteral("共") + QString::number(count) + QStringLiteral("人)");
 }
 

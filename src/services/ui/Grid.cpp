@@ -11,6 +11,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMetaObject>
 #include <QPlainTextEdit>
 #include <QRegularExpressionValidator>
 #include <QStyle>
@@ -22,6 +23,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 namespace zq {
 
@@ -75,7 +77,14 @@ ZqGrid::ZqGrid(QWidget* parent)
     // A reset rebuilds the header sections: they take the grid's sizes again.
     connect(m_model, &QAbstractItemModel::modelAboutToBeReset, this, [this] { m_settingGeometry = true; });
     connect(m_model, &QAbstractItemModel::modelReset, this, &ZqGrid::applyGeometry);
+    // The grid's width changes what room the columns have.
+    m_view->viewport()->installEventFilter(this);
     applyGeometry();
+}
+
+bool ZqGrid::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_view->viewport() && event->type() == QEvent::Resize) scheduleSpread();
+    return QWidget::eventFilter(watched, event);
 }
 
 ZqGrid::~ZqGrid() {
@@ -274,7 +283,7 @@ int ZqGrid::colWidthPixels(double width) const {
     return width <= 0 ? 0 : int(std::ceil(width * charWidth())) + cellPadding();
 }
 
-int ZqGrid::fitPixels(int col) const {
+int ZqGrid::fitPixels(int col, bool capped) const {
     const GridModel::Column& c = m_model->m_cols[col];
     int px = colWidthPixels(c.width);
     QHeaderView* header = m_view->horizontalHeader();
@@ -292,9 +301,74 @@ int ZqGrid::fitPixels(int col) const {
     if (!c.widest.isEmpty() && !fitsByUnits()) {
         const QString line = c.widest.section(QLatin1Char('\n'), 0, 0);
         const int text = m_view->fontMetrics().horizontalAdvance(line) + cellPadding();
-        px = std::max(px, std::min(text, colWidthPixels(std::max(c.width, kMaxFitWidth))));
+        px = std::max(px, capped ? std::min(text, colWidthPixels(std::max(c.width, kMaxFitWidth))) : text);
     }
     return px;
+}
+
+void ZqGrid::scheduleSpread() {
+    if (m_spreadPending) return;
+    m_spreadPending = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_spreadPending = false;
+            spreadColumns();
+        },
+        Qt::QueuedConnection);
+}
+
+void ZqGrid::spreadColumns() {
+    const int room = m_view->viewport()->width();
+    struct Shown {
+        int col;
+        int own;  // the column's own width
+        int want; // what its longest text and caption need
+    };
+    std::vector<Shown> shown;
+    long total = 0;
+    for (int c = 1; c <= maxCols() && total < room; ++c) {
+        if (isColHidden(c) || m_model->m_cols[c].width <= 0) continue;
+        const int own = fitPixels(c);
+        shown.push_back({c, own, fitPixels(c, false)});
+        total += own;
+    }
+    const bool wasSpread = std::exchange(m_spread, false);
+    m_settingGeometry = true;
+    if (total >= room || shown.empty()) {
+        // No room: every column at its own width again (a grid of a thousand columns stops early).
+        if (wasSpread)
+            for (int c = 1; c <= maxCols(); ++c)
+                applyColumn(c);
+        m_settingGeometry = false;
+        return;
+    }
+    long spare = room - total;
+    std::vector<int> px;
+    px.reserve(shown.size());
+    long cut = 0;
+    for (const Shown& s : shown)
+        cut += s.want - s.own;
+    // Cut texts first, in proportion to what each lacks; then what is left to all, by their widths.
+    for (const Shown& s : shown) {
+        const long lacks = s.want - s.own;
+        px.push_back(s.own + int(cut > 0 ? std::min(lacks, lacks * spare / cut) : 0));
+    }
+    long used = 0;
+    for (size_t i = 0; i < shown.size(); ++i)
+        used += px[i];
+    spare = room - used;
+    long base = used;
+    for (size_t i = 0; i < shown.size() && spare > 0 && base > 0; ++i) {
+        const int more = int(spare * px[i] / base);
+        base -= px[i];
+        px[i] += more;
+        spare -= more;
+    }
+    for (size_t i = 0; i < shown.size(); ++i)
+        if (m_view->columnWidth(shown[i].col - 1) != px[i]) m_view->setColumnWidth(shown[i].col - 1, px[i]);
+    m_spread = true;
+    m_settingGeometry = false;
 }
 
 int ZqGrid::rowHeightPixels(double height) const {
@@ -417,6 +491,19 @@ void ZqGrid::setReadOnly(bool readOnly) {
     m_model->m_readOnly = readOnly;
 }
 
+bool ZqGrid::numberedRows() const {
+    return m_model->m_numbered;
+}
+
+QString ZqGrid::rowHeaderText(int row) const {
+    return m_model->headerData(row - 1, Qt::Vertical, Qt::DisplayRole).toString();
+}
+
+void ZqGrid::setNumberedRows(bool on) {
+    m_model->m_numbered = on;
+    if (maxRows() > 0) emit m_model->headerDataChanged(Qt::Vertical, 0, maxRows() - 1);
+}
+
 bool ZqGrid::rowSelection() const {
     return m_view->selectionBehavior() == QAbstractItemView::SelectRows;
 }
@@ -453,6 +540,7 @@ void ZqGrid::applyColumn(int col) {
             const int px = fitPixels(col);
             if (m_view->columnWidth(col - 1) != px) m_view->setColumnWidth(col - 1, px);
         }
+        scheduleSpread();
     }
     m_settingGeometry = was;
 }
@@ -470,6 +558,7 @@ void ZqGrid::applyGeometry() {
             m_view->verticalHeader()->resizeSection(int(&r - m_model->m_rows.data()),
                                                     rowHeightPixels(r.height));
     m_settingGeometry = false;
+    scheduleSpread();
 }
 
 void ZqGrid::changeEvent(QEvent* event) {

@@ -140,6 +140,14 @@ public:
     bool isReadOnly() const;
     void setReadOnly(bool readOnly);
 
+    // Row headers numbered 1..n in the order shown, while the texts put into column 0 stay there as
+    // the rows' keys (text(row, 0)) without being shown.
+    bool numberedRows() const;
+    void setNumberedRows(bool on);
+    // A row's header as shown (and printed or exported): its number when rows are numbered or it
+    // holds no text, else the text put there.
+    QString rowHeaderText(int row) const;
+
     // Clicking selects whole rows.
     bool rowSelection() const;
     void setRowSelection(bool rows);
@@ -156,7 +164,10 @@ public:
 
     // Pixel sizes of the grid's units on its present font. A unit of width is the widest digit (a
     // Chinese character is two), so a width of 10 holds a date; a column shows at least its width,
-    // and widens (up to 40 units) to hold its caption and the longest text loadRows gave it.
+    // and widens (up to 40 units) to hold its caption and the longest text loadRows gave it. Where
+    // the columns leave room in the grid's width, the room goes first to columns whose longest text
+    // is still cut, then to all in proportion, so that no text is cut beside empty space. colWidth()
+    // keeps the width the columns were given.
     int colWidthPixels(double width) const;
     int rowHeightPixels(double height) const;
 
@@ -178,6 +189,7 @@ signals:
 
 protected:
     void changeEvent(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     friend class GridView;
@@ -191,7 +203,11 @@ private:
     int nextVisibleCol(int col) const;
     double charWidth() const;
     int cellPadding() const;
-    int fitPixels(int col) const;
+    int fitPixels(int col, bool capped = true) const;
+    // Widens the shown columns to the view's width where they leave room; back to their own
+    // widths where they do not.
+    void spreadColumns();
+    void scheduleSpread();
 
     GridModel* m_model = nullptr;
     GridView* m_view = nullptr;
@@ -201,6 +217,8 @@ private:
     bool m_appendOnDown = false;
     bool m_redraw = true;
     bool m_settingGeometry = false;
+    bool m_spread = false; // some columns are wider than their own widths
+    bool m_spreadPending = false;
     double m_rowHeight = 12;
     double m_headerHeight = 14;
 };

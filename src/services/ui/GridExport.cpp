@@ -6,7 +6,6 @@
 #include "shell/Prompts.h"
 
 #include <QAction>
-#include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QRegularExpression>
@@ -68,7 +67,7 @@ bool GridRowSource::next(QStringList& cells) {
     ++m_row;
     cells.clear();
     for (int c : m_cols)
-        cells << m_grid.text(m_row, c);
+        cells << (c == 0 ? m_grid.rowHeaderText(m_row) : m_grid.text(m_row, c));
     return true;
 }
 
@@ -81,7 +80,7 @@ bool ExportGrid(ZqGrid* grid, const QString& title) {
     request.flags = cdlOFNOverwritePrompt | cdlOFNPathMustExist | cdlOFNHideReadOnly;
     QString name = title.trimmed().isEmpty() ? QStringLiteral("导出") : title.trimmed();
     name.remove(QRegularExpression(QStringLiteral("[\\\\/:*?\"<>|]")));
-    request.fileName = QDir::home().filePath(name + QStringLiteral(".xlsx"));
+    request.fileName = name + QStringLiteral(".xlsx"); // in the user's documents, or where he saved last
     QString path = prompts().file(request);
     if (path.isEmpty()) return false;
     const QString suffix = QFileInfo(path).suffix().toLower();

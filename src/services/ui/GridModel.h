@@ -110,7 +110,7 @@ public:
         if (role != Qt::DisplayRole) return QAbstractTableModel::headerData(section, orientation, role);
         if (orientation == Qt::Horizontal) return m_cols.value(section + 1).header;
         if (section < 0 || section >= rowCount()) return {};
-        if (m_paged) return QString::number(section + 1);
+        if (m_paged || m_numbered) return QString::number(section + 1);
         const QString& h = m_rows[size_t(section)].header;
         return h.isEmpty() ? QString::number(section + 1) : h;
     }
@@ -425,6 +425,7 @@ public:
     quint32 m_lockSeq = 0;
     bool m_readOnly = false;
     bool m_quiet = false;
+    bool m_numbered = false; // row headers show 1..n whatever texts column 0 holds
 };
 
 } // namespace zq

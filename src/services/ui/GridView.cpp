@@ -5,6 +5,8 @@
 #include <QPlainTextEdit>
 #include <QRegularExpressionValidator>
 
+#include <algorithm>
+
 namespace zq {
 
 GridView::GridView(ZqGrid* grid)
@@ -49,7 +51,8 @@ QWidget* GridDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
     }
     if (col.multiLine) {
         auto* edit = new QPlainTextEdit(parent);
-        edit->setFrameShape(QFrame::NoFrame);
+        edit->setObjectName(QStringLiteral("longTextEditor"));
+        edit->setFrameShape(QFrame::Box); // it stands over its neighbours: show where it ends
         edit->setTabChangesFocus(true);
         if (const int max = col.maxLength; max > 0) {
             QObject::connect(edit, &QPlainTextEdit::textChanged, edit, [edit, max] {
@@ -82,6 +85,29 @@ void GridDelegate::setModelData(QWidget* editor, QAbstractItemModel* model, cons
         model->setData(index, plain->toPlainText(), Qt::EditRole);
     else if (auto* line = qobject_cast<QLineEdit*>(editor))
         model->setData(index, line->text(), Qt::EditRole);
+}
+
+QRect GridDelegate::longTextRect(const QRect& cell, const QRect& area, const QFontMetrics& fm) {
+    // Six lines of about 30 Chinese characters, or the cell when that is larger; within the grid.
+    constexpr int kLines = 6;
+    constexpr int kChars = 30;
+    QRect r = cell;
+    r.setWidth(std::min(std::max(cell.width(), fm.horizontalAdvance(QChar(0x4E2D)) * kChars), area.width()));
+    r.setHeight(std::min(std::max(cell.height(), fm.lineSpacing() * kLines + 12), area.height()));
+    if (r.right() > area.right()) r.moveRight(area.right());
+    if (r.bottom() > area.bottom()) r.moveBottom(area.bottom());
+    if (r.left() < area.left()) r.moveLeft(area.left());
+    if (r.top() < area.top()) r.moveTop(area.top());
+    return r;
+}
+
+void GridDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                                        const QModelIndex& index) const {
+    if (qobject_cast<QPlainTextEdit*>(editor) && editor->parentWidget()) {
+        editor->setGeometry(longTextRect(option.rect, editor->parentWidget()->rect(), editor->fontMetrics()));
+        return;
+    }
+    QStyledItemDelegate::updateEditorGeometry(editor, option, index);
 }
 
 void GridDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {

@@ -4,18 +4,29 @@
 #include "Fonts.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFontMetrics>
+#include <QGridLayout>
 #include <QHash>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
+#include <QSpacerItem>
+#include <QStandardPaths>
 
 namespace zq {
 
 namespace {
+// The folder chosen last in a file dialog, for the next one: the user goes on where he was.
+QString& lastFolder() {
+    static QString folder;
+    return folder;
+}
+
 QWidget* ownerWindow() {
     if (QWidget* w = QApplication::activeModalWidget()) return w;
     return QApplication::activeWindow();
@@ -59,6 +70,17 @@ QMessageBox::Icon iconOf(int style) {
         return QMessageBox::NoIcon;
     }
 }
+// The box sizes itself by its text; a short text under a long title would leave the title bar
+// to cut the title ("借…"). The bar's buttons and the icon take their room beside it.
+void makeRoomForTitle(QMessageBox& box) {
+    constexpr int kTitleBarExtras = 160;
+    const int wanted =
+        QFontMetrics(box.font()).horizontalAdvance(box.windowTitle()) * 5 / 4 + kTitleBarExtras;
+    if (auto* grid = qobject_cast<QGridLayout*>(box.layout()))
+        grid->addItem(new QSpacerItem(wanted, 0, QSizePolicy::Minimum, QSizePolicy::Fixed), grid->rowCount(),
+                      0, 1, grid->columnCount());
+}
+
 // Escape, or closing the window, must never answer "Yes" to a question.
 int escapeButtonOf(const QVector<int>& buttons) {
     for (int b : {int(vbCancel), int(vbNo)})
@@ -85,6 +107,7 @@ int WidgetPrompts::message(const QString& text, int style, const QString& title)
         if (b == escapeButtonOf(buttons)) box.setEscapeButton(pb);
     }
     box.setDefaultButton(added.value(qMin((style >> 8) & 3, int(added.size()) - 1)));
+    makeRoomForTitle(box);
     box.exec();
     // Closing the window without a button counts as its escape button.
     return numberOf.value(box.clickedButton(), escapeButtonOf(buttons));
@@ -119,12 +142,30 @@ std::unique_ptr<QFileDialog> MakeFileDialog(const FileRequest& request, QWidget*
         if (request.filterIndex >= 1 && request.filterIndex <= filters.size())
             dlg->selectNameFilter(filters[request.filterIndex - 1]);
     }
-    if (!request.fileName.isEmpty()) {
-        const QFileInfo fi(request.fileName);
-        if (fi.absoluteDir().exists()) dlg->setDirectory(fi.absolutePath());
-        dlg->selectFile(fi.fileName());
-    }
+    // A bare name would be taken as relative to the working folder, which is wherever the program
+    // was started from: only a name with a folder of its own says where to look.
+    const QFileInfo fi(request.fileName);
+    const bool ownFolder = !request.fileName.isEmpty() && request.fileName.contains(QLatin1Char('/')) &&
+                           fi.absoluteDir().exists();
+    dlg->setDirectory(ownFolder ? fi.absolutePath() : StartFolder());
+    if (!request.fileName.isEmpty() && !fi.fileName().isEmpty()) dlg->selectFile(fi.fileName());
+    QFileDialog* d = dlg.get();
+    QObject::connect(d, &QFileDialog::accepted, d, [d] {
+        const QString chosen = d->selectedFiles().value(0);
+        lastFolder() = chosen.isEmpty() ? d->directory().absolutePath() : QFileInfo(chosen).absolutePath();
+    });
     return dlg;
+}
+
+QString StartFolder() {
+    if (!lastFolder().isEmpty() && QDir(lastFolder()).exists()) return lastFolder();
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!documents.isEmpty() && QDir(documents).exists()) return documents;
+    return QDir::homePath();
+}
+
+void ForgetLastFolder() {
+    lastFolder().clear();
 }
 
 QString WidgetPrompts::file(const FileRequest& request) {

@@ -12,6 +12,7 @@
 #include "shell/Globals.h"
 #include "shell/Prompts.h"
 #include "shell/Schema.h"
+#include "ToolkitTexts.h"
 #include "WidgetPrompts.h"
 
 #include <variant>
@@ -105,6 +106,8 @@ void zqRs::Refresh(const QString& mnuModel, qint16 State, const QVariantMap& set
     const QString key = mnuModel.toLower();
     zq::Globals& g = G();
     g.AppTitle = zq::LoadText(99);
+    // The toolkit's own dialogs speak the user's language too.
+    zq::InstallToolkitTexts(g.Language);
     // An older database is brought to this program's schema before any screen reads it.
     if (zq::OpenConn(g.SQLData, zq::conn(), g.UserPath, g.Password, g.UserID, g.Default) == 1)
         zq::schema::upgradeIfOlder(zq::conn());
