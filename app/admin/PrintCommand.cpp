@@ -165,8 +165,11 @@ bool printSheets(const QString& filter, QTextStream& err) {
     }
     err << QStringLiteral("个人简历 %1 人, %2 页").arg(codes.size()).arg(codes.size() * 2) << "\n";
     installPrintProgress(std::make_shared<LineProgress>(err));
-    const bool done = PrintOutput::run(SheetDocument(codes));
+    const SheetDocument sheets(codes);
+    const bool done = PrintOutput::run(sheets);
     installPrintProgress(nullptr);
+    for (const QString& misfit : sheets.misfits())
+        err << misfit << "\n";
     return done;
 }
 

@@ -3,10 +3,10 @@
 #include "assets/HouseData.h"
 #include "printing/Print.h"
 #include "services/ui/BriefDialog.h"
-#include "services/ui/GridExport.h"
 #include "services/ui/DeptTree.h"
 #include "services/ui/Grid.h"
 #include "services/ui/GridColumns.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
 #include "services/ui/SaveOrTell.h"
@@ -20,6 +20,7 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPalette>
@@ -28,6 +29,7 @@
 #include <QRadioButton>
 #include <QSplitter>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 #include <QVBoxLayout>
 
 namespace zq {
@@ -87,6 +89,16 @@ frmRs_House::frmRs_House(QWidget* parent)
     m_rightBox->insertWidget(2, m_grid, 1);
     connect(m_cmdListOption, &QPushButton::clicked, this,
             [this] { guarded([this] { CmdlistOption_Click(); }); });
+
+    m_lblStatus = new QLabel(this);
+    m_lblStatus->setObjectName(QStringLiteral("lblStatus"));
+    m_lblStatus->setWordWrap(true);
+    m_lblStatus->hide();
+    if (auto* box = qobject_cast<QVBoxLayout*>(layout())) box->addWidget(m_lblStatus);
+}
+
+QString frmRs_House::status() const {
+    return m_lblStatus->text();
 }
 
 void frmRs_House::load() {
@@ -114,8 +126,38 @@ void frmRs_House::buildTree() {
     const bool hide = m_chkNoListCode->isChecked() && !m_codesAfterSave;
     m_filling = true;
     FillDeptTree(m_tree, m_table, QString(), hide ? 0 : -1, 1, m_chkTotalMan->isChecked() ? 1 : 0, 1, true);
+    if (m_screenState == 0) showRoomPlaces();
     ExpandAllNodes(m_tree);
     m_filling = false;
+}
+
+void frmRs_House::showRoomPlaces() {
+    m_places = RoomPlaces();
+    m_tree->setColumnCount(3);
+    m_tree->setHeaderLabels({QStringLiteral("房间"), QStringLiteral("类别"), QStringLiteral("空位")});
+    m_tree->setHeaderHidden(false);
+    for (QTreeWidgetItemIterator it(m_tree); *it; ++it) {
+        const auto place = m_places.constFind(NodeKey(*it).mid(1));
+        if (place == m_places.constEnd()) continue;
+        (*it)->setText(1, RoomKindWord(place->kind));
+        (*it)->setText(2, RoomFreeText(*place));
+        if (place->kind != 0 && place->limit > 0 && place->free() <= 0) (*it)->setForeground(2, Qt::darkRed);
+    }
+    for (int c = 1; c < 3; ++c)
+        m_tree->header()->setSectionResizeMode(c, QHeaderView::ResizeToContents);
+    m_lblStatus->show();
+}
+
+void frmRs_House::showPickStatus(const QString& code) {
+    const auto place = m_places.constFind(code.trimmed());
+    if (place == m_places.constEnd()) {
+        m_lblStatus->clear();
+        return;
+    }
+    bool warned = false;
+    m_lblStatus->setText(
+        RoomPickStatus(*place, property("PersonSex").toString(), property("PersonRoom").toString(), &warned));
+    m_lblStatus->setStyleSheet(warned ? QStringLiteral("color: #b00000") : QString());
 }
 
 QIcon frmRs_House::entryIcon() const {
@@ -138,6 +180,7 @@ void frmRs_House::publishCurrent() {
 }
 
 void frmRs_House::rootChosen() {
+    if (m_screenState == 0) m_lblStatus->clear();
     if (m_screenState != 2) return;
     m_lblList->setText(QStringLiteral("==全部房间=="));
     fillResidents(QString());
@@ -147,6 +190,7 @@ void frmRs_House::nodeChosen(QTreeWidgetItem* node) {
     if (m_screenState != 2) {
         CodeTreeScreen::nodeChosen(node);
         m_lblList->setText(QLatin1Char('(') + currentName() + QLatin1Char(')'));
+        if (m_screenState == 0) showPickStatus(currentCode());
         return;
     }
     QString code, name;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "assets/HouseData.h"
 #include "services/ui/CodeTreeScreen.h"
 
 class QCheckBox;
@@ -20,6 +21,8 @@ class frmRs_House : public CodeTreeScreen {
 public:
     explicit frmRs_House(QWidget* parent = nullptr);
     ZqGrid* grid() const { return m_grid; }
+    // The picker's status line: the room in hand, and a warning when it does not suit the person.
+    QString status() const;
     void CmdlistOption_Click();
     void cmdDel_Click() override;
     void cmdPrint_Click() override;
@@ -42,6 +45,9 @@ protected:
 
 private:
     void fillResidents(const QString& code);
+    // In the picker: each room's kind and places left beside it in the tree.
+    void showRoomPlaces();
+    void showPickStatus(const QString& code);
 
     QCheckBox* m_check1;
     QRadioButton* m_optMale[2];
@@ -51,6 +57,8 @@ private:
     ZqGrid* m_grid;
     QString m_fields;
     bool m_codesAfterSave = false;
+    QLabel* m_lblStatus;
+    QHash<QString, RoomPlace> m_places;
 };
 
 } // namespace zq

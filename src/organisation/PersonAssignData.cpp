@@ -11,16 +11,21 @@ namespace zq {
 namespace {
 
 std::optional<PersonPlace> placeWhere(const QString& condition) {
-    Recordset rs(conn(), QStringLiteral("Select fUnit,fBmName,fRz From tRsBasic ") +
+    Recordset rs(conn(), QStringLiteral("Select fUnit,fBmName,fRz,fName From tRsBasic ") +
                              QStringLiteral(" Where ") + condition);
     if (rs.eof()) return std::nullopt;
-    return PersonPlace{rs.text(0), rs.text(1), rs.text(2)};
+    return PersonPlace{rs.text(0), rs.text(1), rs.text(2), rs.text(3)};
 }
 
 std::optional<PersonPlace> placeOf(const QString& column, const QString& value) {
     // A name or code with a quote cannot be on file: the look-up simply finds nobody.
     if (value.contains(QLatin1Char('\''))) return std::nullopt;
     return placeWhere(column + QLatin1Char('=') + quoted(value));
+}
+
+SavedMove& savedMove() {
+    static SavedMove last;
+    return last;
 }
 
 } // namespace
@@ -104,7 +109,12 @@ MoveSaveResult SaveMoveOrder(const MoveOrder& o, int mode, const RowSnapshot& lo
         work.close();
     }
     tx.commit();
+    savedMove() = {MoveNumberText(o.moveNmb), o.fcode, o.fName};
     return MoveSaveResult::Saved;
+}
+
+const SavedMove& LastSavedMove() {
+    return savedMove();
 }
 
 } // namespace zq

@@ -28,11 +28,12 @@ struct MoveOrder {
 // The number a new order is offered: the highest present plus one, 1 in an empty table.
 QString ProposedMoveNumber();
 
-// Where a person stands in the master record: unit, department name and post.
+// Where a person stands in the master record: unit, department name and post, and the name.
 struct PersonPlace {
     QString unit;
     QString dept;
     QString post;
+    QString name;
 };
 // The first master row of that name or code; nothing when there is none, or when the text holds a
 // quote (no such person can be asked for).
@@ -59,6 +60,15 @@ enum class MoveSaveResult { Saved, NumberInUse };
 // to another number leaves the order read as it is. A failed statement rolls everything back and
 // throws DbError.
 MoveSaveResult SaveMoveOrder(const MoveOrder& order, int mode, const RowSnapshot& loaded = {});
+
+// The order saved last in this process (number as stored, person's code and name), for the list
+// that opened the dialog to show it at once; empty before any save.
+struct SavedMove {
+    QString number;
+    QString code;
+    QString name;
+};
+const SavedMove& LastSavedMove();
 
 // The open period a transfer closes, as the history shows it.
 QString MoveHistoryYear(const QDate& date);

@@ -1,10 +1,12 @@
 #include "frmRs_PersonAssign.h"
 
+#include "PersonAssignData.h"
 #include "PersonAssignListData.h"
 #include "printing/Print.h"
+#include "services/Lookups.h"
 #include "services/ui/ComboLookups.h"
-#include "services/ui/GridExport.h"
 #include "services/ui/Grid.h"
+#include "services/ui/GridExport.h"
 #include "services/ui/InputAidsUi.h"
 #include "services/ui/NamedWidgets.h"
 #include "shell/DbError.h"
@@ -18,6 +20,7 @@
 #include <QDateEdit>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -116,6 +119,8 @@ frmRs_PersonAssign::frmRs_PersonAssign(QWidget* parent)
     wire("cmdChg", QStringLiteral("修改(&C)"), &frmRs_PersonAssign::cmdChg_Click);
     wire("cmdDEL", QStringLiteral("删除(&D)"), &frmRs_PersonAssign::cmdDEL_Click);
     wire("cmdPrint", QStringLiteral("打印(&P)"), &frmRs_PersonAssign::cmdPrint_Click);
+    wire("cmdPerson", QStringLiteral("人员档案"), &frmRs_PersonAssign::cmdPerson_Click)
+        ->setEnabled(hasForm(QStringLiteral("frmRs_PersonBasic")));
     QPushButton* quit = NamedButton(this, "cmdQuit", QStringLiteral("返回>>"));
     buttons->addWidget(quit);
     connect(quit, &QPushButton::clicked, this, &QDialog::reject);
@@ -131,10 +136,13 @@ frmRs_PersonAssign::frmRs_PersonAssign(QWidget* parent)
         m_grid->setColWidth(c, 10.5);
     }
 
+    m_lblStatus = new QLabel(this);
+    m_lblStatus->setObjectName(QStringLiteral("lblStatus"));
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(conditions);
     layout->addLayout(buttons);
     layout->addWidget(m_grid, 1);
+    layout->addWidget(m_lblStatus);
 }
 
 QCheckBox* frmRs_PersonAssign::check(const QString& name) const {
@@ -168,8 +176,10 @@ void frmRs_PersonAssign::showEvent(QShowEvent* event) {
 void frmRs_PersonAssign::load() {
     FillUnitCombo(m_cboNewUnit);
     FillUnitCombo(m_cboOldUnit);
-    FillCodeCombo(QStringLiteral("tRs_Bm"), m_cobOldDept, G().DeptScope, 0, 0);
-    FillCodeCombo(QStringLiteral("tRs_Bm"), m_cobNewDept, G().DeptScope, 0, 0);
+    for (QComboBox* c : {m_cobOldDept, m_cobNewDept}) {
+        FillCodeCombo(QStringLiteral("tRs_Bm"), c, G().DeptScope, 0, 0);
+        ShowWholeNames(c);
+    }
     CenterForm(this);
     const QDate today = QDate::currentDate();
     m_date[0]->setDate(today.addDays(1 - today.day()));
@@ -241,10 +251,57 @@ void frmRs_PersonAssign::cmdSeek_Click() {
 
 void frmRs_PersonAssign::cmdAdd_Click() {
     if (CheckModel(QLatin1String(kModel), 1) == 0) return;
-    openForm(QStringLiteral("frmRs_PersonAssignOk"), this,
-             {{QStringLiteral("Text1_10"), G().UserName},
-              {QStringLiteral("Caption"), QStringLiteral("调令新增")},
-              {QStringLiteral("cmdOkTag"), 1}});
+    if (openForm(QStringLiteral("frmRs_PersonAssignOk"), this,
+                 {{QStringLiteral("Text1_10"), G().UserName},
+                  {QStringLiteral("Caption"), QStringLiteral("调令新增")},
+                  {QStringLiteral("cmdOkTag"), 1}}) == QDialog::Accepted)
+        showSaved();
+}
+
+void frmRs_PersonAssign::showSaved() {
+    const SavedMove& saved = LastSavedMove();
+    if (saved.number.isEmpty()) return;
+    // The list is not searched again: the new order joins the rows on show.
+    int row = m_grid->findRow(3, saved.number);
+    if (row == 0) {
+        MoveSearch one;
+        one.number = true;
+        one.numberFrom = one.numberTo = saved.number;
+        const QVector<QStringList> rows = MoveListRows(MoveSearchSql(one));
+        if (rows.isEmpty()) return;
+        row = m_grid->maxRows() + 1;
+        m_grid->setMaxRows(row);
+        for (int c = 0; c < rows.first().size(); ++c)
+            m_grid->setText(row, c + 1, rows.first().at(c));
+    }
+    m_grid->setActiveCell(row, 1);
+    const QString who = saved.name + QLatin1Char('(') + saved.code + QLatin1Char(')');
+    m_lblStatus->setText(
+        GetPersonState(saved.code)
+            ? QStringLiteral(
+                  "调令 %1 已存盘。%2 的人员档案未改动，部门和职务仍是原来的；要修改请按“人员档案”。")
+                  .arg(saved.number, who)
+            : QStringLiteral("调令 %1 已存盘。%2 已不在职，人员档案未改动。").arg(saved.number, who));
+}
+
+QString frmRs_PersonAssign::status() const {
+    return m_lblStatus->text();
+}
+
+void frmRs_PersonAssign::cmdPerson_Click() {
+    const int row = m_grid->activeRow();
+    const QString code = row > 0 ? m_grid->text(row, 1).trimmed() : QString();
+    if (code.isEmpty()) {
+        ShowMsg(QStringLiteral("请先在列表中选择一条调令。"), vbExclamation);
+        return;
+    }
+    // Changing the record needs the register's right to change; without it the record is shown.
+    Globals& g = G();
+    g.CurPersonCode = code;
+    g.CurPersonName = m_grid->text(row, 2).trimmed();
+    g.PersonEditMode = CheckModel(QStringLiteral("mnuRsManIn"), 2) != 0 ? 2 : 0;
+    openForm(QStringLiteral("frmRs_PersonBasic"), this);
+    g.PersonEditMode = 0;
 }
 
 void frmRs_PersonAssign::cmdChg_Click() {
@@ -259,23 +316,25 @@ void frmRs_PersonAssign::cmdChg_Click() {
     QVariantMap loaded;
     for (int c = 1; c <= 12; ++c)
         loaded.insert(MoveListColumns().at(c - 1), m_grid->text(row, c));
-    openForm(QStringLiteral("frmRs_PersonAssignOk"), this,
-             {{QStringLiteral("Text1_2"), cell(1)},
-              {QStringLiteral("Text1_1"), cell(2)},
-              {QStringLiteral("Text1_0"), cell(3)},
-              {QStringLiteral("cboOldUnit"), cell(4)},
-              {QStringLiteral("cboOldDept"), cell(5)},
-              {QStringLiteral("Text1_5"), cell(6)},
-              {QStringLiteral("cboNewUnit"), cell(7)},
-              {QStringLiteral("cboNewDept"), cell(8)},
-              {QStringLiteral("Text1_8"), cell(9)},
-              {QStringLiteral("Text1_9"), cell(10)},
-              {QStringLiteral("Text1_10"), cell(11)},
-              {QStringLiteral("DTPStart"), QDate::fromString(cell(12), Qt::ISODate)},
-              {QStringLiteral("Caption"), QStringLiteral("调令修改")},
-              {QStringLiteral("Loaded"), loaded},
-              {QStringLiteral("cmdOkTag"), 2}});
+    const int result = openForm(QStringLiteral("frmRs_PersonAssignOk"), this,
+                                {{QStringLiteral("Text1_2"), cell(1)},
+                                 {QStringLiteral("Text1_1"), cell(2)},
+                                 {QStringLiteral("Text1_0"), cell(3)},
+                                 {QStringLiteral("cboOldUnit"), cell(4)},
+                                 {QStringLiteral("cboOldDept"), cell(5)},
+                                 {QStringLiteral("Text1_5"), cell(6)},
+                                 {QStringLiteral("cboNewUnit"), cell(7)},
+                                 {QStringLiteral("cboNewDept"), cell(8)},
+                                 {QStringLiteral("Text1_8"), cell(9)},
+                                 {QStringLiteral("Text1_9"), cell(10)},
+                                 {QStringLiteral("Text1_10"), cell(11)},
+                                 {QStringLiteral("DTPStart"), QDate::fromString(cell(12), Qt::ISODate)},
+                                 {QStringLiteral("Caption"), QStringLiteral("调令修改")},
+                                 {QStringLiteral("Loaded"), loaded},
+                                 {QStringLiteral("cmdOkTag"), 2}});
+    const bool saved = result == QDialog::Accepted;
     cmdSeek_Click();
+    if (saved) showSaved();
 }
 
 void frmRs_PersonAssign::cmdDEL_Click() {

@@ -5,6 +5,7 @@
 class QCheckBox;
 class QComboBox;
 class QDateEdit;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 
@@ -30,6 +31,10 @@ public:
     void cmdDEL_Click();
     void cmdPrint_Click();
     void cmdStaff_Click();
+    // Opens the master record of the active row's person, to change there what an order leaves.
+    void cmdPerson_Click();
+    // The line under the list: what the last save did and did not change.
+    QString status() const;
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -38,6 +43,8 @@ private:
     void load();
     MoveSearch search() const;
     void guarded(void (frmRs_PersonAssign::*handler)());
+    // After a save: the order in the list at once, active, and a word on the master record.
+    void showSaved();
 
     bool m_loaded = false;
     ZqGrid* m_grid;
@@ -46,6 +53,7 @@ private:
     QComboBox* m_cobOldDept;
     QComboBox* m_cobNewDept;
     QDateEdit* m_date[2];
+    QLabel* m_lblStatus;
 };
 
 } // namespace zq

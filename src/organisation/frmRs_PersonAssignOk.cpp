@@ -140,8 +140,14 @@ frmRs_PersonAssignOk::frmRs_PersonAssignOk(QWidget* parent)
     buttons->addStretch();
     buttons->addWidget(m_cmdOk);
     buttons->addWidget(m_cmdExit);
+    // A clerk who starts here expects the person to move too: the order says what it does.
+    auto* note = new QLabel(
+        QStringLiteral("调令只记录调动，不改动人员档案里的部门和职务；档案请在人员档案中修改。"), this);
+    note->setObjectName(QStringLiteral("lblNote"));
+    note->setStyleSheet(QStringLiteral("color: #555555"));
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(fields);
+    layout->addWidget(note);
     layout->addLayout(buttons);
 
     connect(m_cmdOk, &QPushButton::clicked, this, &frmRs_PersonAssignOk::cmdOk_Click);
@@ -213,12 +219,14 @@ void frmRs_PersonAssignOk::showEvent(QShowEvent* event) {
 
 void frmRs_PersonAssignOk::load() {
     m_loaded = true;
-    CenterForm(this);
     for (QComboBox* c : {m_cboNewUnit, m_cboOldUnit})
         fillKeepingText(c, [](QComboBox* combo) { FillUnitCombo(combo); });
-    for (QComboBox* c : {m_cboOldDept, m_cboNewDept})
+    for (QComboBox* c : {m_cboOldDept, m_cboNewDept}) {
         fillKeepingText(
             c, [](QComboBox* combo) { FillCodeCombo(QStringLiteral("tRs_Bm"), combo, G().DeptScope, 0, 0); });
+        ShowWholeNames(c);
+    }
+    CenterForm(this);
     if (!m_dateAssigned) m_dtpStart->setDate(QDate::currentDate());
 }
 
@@ -297,6 +305,8 @@ void frmRs_PersonAssignOk::Text1_LostFocus(int index) {
     setOldUnit(place->unit);
     setOldDept(place->dept);
     setOldPost(place->post);
+    // The code names one person: his name follows, so that the two are sure to match.
+    if (index == 2) setPersonName(place->name);
 }
 
 void frmRs_PersonAssignOk::cboOldUnit_LostFocus() {
@@ -308,6 +318,8 @@ void frmRs_PersonAssignOk::cmdStaff_Click() {
     if (G().CurPersonCode.isEmpty()) return;
     box(2)->setText(G().CurPersonCode);
     box(1)->setText(G().CurPersonName);
+    // The picked person's old place is filled at once, not only when the name box is left.
+    Text1_LostFocus(2);
     box(1)->setFocus();
 }
 

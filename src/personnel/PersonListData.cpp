@@ -337,4 +337,42 @@ void DecodeCountHeadings(QVector<QStringList>& rows) {
     }
 }
 
+QVector<CountedValue> CountedValues(const QVector<QStringList>& table, int captionRow, int most) {
+    QVector<CountedValue> values;
+    if (captionRow < 0 || captionRow + 1 >= table.size()) return values;
+    const QStringList& heads = table.at(captionRow);
+    const QStringList& counts = table.at(captionRow + 1);
+    for (int c = 1; c < heads.size(); ++c) {
+        // The table's columns run as far as its widest field: a blank pair past the first ends this one.
+        if (c >= 2 && heads.at(c).isEmpty() && counts.value(c).isEmpty()) break;
+        values.append(
+            {heads.at(c).isEmpty() ? QStringLiteral("(空)") : heads.at(c), counts.value(c).toLongLong()});
+    }
+    std::stable_sort(values.begin(), values.end(),
+                     [](const CountedValue& a, const CountedValue& b) { return a.persons > b.persons; });
+    if (most > 1 && values.size() > most) {
+        qint64 rest = 0;
+        for (qsizetype i = most - 1; i < values.size(); ++i)
+            rest += values.at(i).persons;
+        values.resize(most - 1);
+        values.append({QStringLiteral("其他"), rest});
+    }
+    return values;
+}
+
+QVector<QStringList> CountTotalsRows(const QVector<CountedValue>& values) {
+    qint64 total = 0;
+    for (const CountedValue& v : values)
+        total += v.persons;
+    const auto share = [total](qint64 n) {
+        return total == 0 ? QStringLiteral("0.0%")
+                          : QString::number(100.0 * double(n) / double(total), 'f', 1) + QLatin1Char('%');
+    };
+    QVector<QStringList> rows;
+    for (const CountedValue& v : values)
+        rows.append({v.value, QString::number(v.persons), share(v.persons)});
+    rows.append({QStringLiteral("合计"), QString::number(total), share(total)});
+    return rows;
+}
+
 } // namespace zq

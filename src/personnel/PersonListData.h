@@ -47,4 +47,14 @@ QVector<QStringList> CountTable(const QStringList& captions, const QString& base
 // The sex and marital codes of the table as words.
 void DecodeCountHeadings(QVector<QStringList>& rows);
 
+// One field of the count table read down: each value with its persons, the largest first; beyond
+// `most` values the smallest are gathered as "其他". An empty value reads "(空)".
+struct CountedValue {
+    QString value;
+    qint64 persons = 0;
+};
+QVector<CountedValue> CountedValues(const QVector<QStringList>& table, int captionRow, int most);
+// Those values as rows of value, persons and share in per cent, and a last row "合计" with the sum.
+QVector<QStringList> CountTotalsRows(const QVector<CountedValue>& values);
+
 } // namespace zq

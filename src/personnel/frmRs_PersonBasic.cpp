@@ -474,7 +474,10 @@ void frmRs_PersonBasic::Label2_DblClick(int index) {
         if (CheckModel(QStringLiteral("mnuRsHouseSet"), 0) == 0) return;
         G().CurRoomCode.clear();
         G().CurRoomName.clear();
-        openForm(QStringLiteral("frmRs_House"), this, {{QStringLiteral("State"), 0}});
+        openForm(QStringLiteral("frmRs_House"), this,
+                 {{QStringLiteral("State"), 0},
+                  {QStringLiteral("PersonSex"), m_comSex->currentText()},
+                  {QStringLiteral("PersonRoom"), m_text2[48]->text()}});
         const QString room = G().CurRoomCode;
         if (!room.isEmpty()) m_text2[48]->setText(room);
         return;

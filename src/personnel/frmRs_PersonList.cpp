@@ -24,9 +24,11 @@
 #include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFontMetrics>
 #include <QFrame>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHorizontalBarSeries>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -34,6 +36,8 @@
 #include <QPdfWriter>
 #include <QPieSeries>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QSplitter>
 #include <QStackedWidget>
 #include <QValueAxis>
 #include <QVBoxLayout>
@@ -63,6 +67,8 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     , m_chartField(new QComboBox(m_countPage))
     , m_pie(new QCheckBox(QStringLiteral("饼图"), m_countPage))
     , m_chartView(new QChartView(m_countPage))
+    , m_gridTotals(new ZqGrid(m_countPage))
+    , m_lblStatus(new QLabel(this))
     , m_picture2(new QFrame(this))
     , m_lstAll(new QListWidget(m_picture2))
     , m_lstSelect(new QListWidget(m_picture2)) {
@@ -86,6 +92,17 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     m_pie->setObjectName(QStringLiteral("chkPie"));
     m_chartView->setObjectName(QStringLiteral("ChartView"));
     m_chartView->setRenderHint(QPainter::Antialiasing);
+    m_gridTotals->setObjectName(QStringLiteral("GridTotals"));
+    m_gridTotals->setReadOnly(true);
+    m_gridTotals->setMaxCols(3);
+    m_gridTotals->setHeaderText(1, QStringLiteral("项目"));
+    m_gridTotals->setHeaderText(2, QStringLiteral("人数"));
+    m_gridTotals->setHeaderText(3, QStringLiteral("占比"));
+    m_gridTotals->setColWidth(1, 16);
+    m_gridTotals->setColWidth(2, 7);
+    m_gridTotals->setColWidth(3, 7);
+    EnableGridExport(m_gridTotals, [this] { return m_chartField->currentText(); });
+    m_lblStatus->setObjectName(QStringLiteral("lblStatus"));
     m_combo1->setMinimumWidth(160);
     m_combo2->setMinimumWidth(110);
 
@@ -127,11 +144,24 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     QPushButton* save = NamedButton(m_countPage, "cmdSaveChart", QStringLiteral("保存图片"));
     chartBar->addWidget(save);
     chartBar->addStretch();
+    // The charted field read down beside its chart: its values with totals, the chart scrolled
+    // when its bars need more height than the window has.
+    auto* chartScroll = new QScrollArea(m_countPage);
+    chartScroll->setObjectName(QStringLiteral("ChartScroll"));
+    chartScroll->setWidgetResizable(true);
+    chartScroll->setFrameShape(QFrame::NoFrame);
+    chartScroll->setWidget(m_chartView);
+    auto* split = new QSplitter(Qt::Horizontal, m_countPage);
+    split->addWidget(m_gridTotals);
+    split->addWidget(chartScroll);
+    split->setStretchFactor(0, 1);
+    split->setStretchFactor(1, 3);
+    split->setSizes({300, 760});
     auto* countLayout = new QVBoxLayout(m_countPage);
     countLayout->setContentsMargins(0, 0, 0, 0);
     countLayout->addWidget(m_grid2, 2);
     countLayout->addLayout(chartBar);
-    countLayout->addWidget(m_chartView, 3);
+    countLayout->addWidget(split, 4);
     m_views->addWidget(m_grid1);
     m_views->addWidget(m_countPage);
     connect(m_chartField, &QComboBox::currentIndexChanged, this, &frmRs_PersonList::drawChart);
@@ -189,6 +219,7 @@ frmRs_PersonList::frmRs_PersonList(QWidget* parent)
     layout->addLayout(top);
     layout->addLayout(buttons);
     layout->addWidget(m_views, 1);
+    layout->addWidget(m_lblStatus);
 
     connect(m_cboZT, &QComboBox::activated, this, [this] { guarded([this] { CmdQuiry_Click(); }); });
     connect(m_combo1, &QComboBox::activated, this, [this] { guarded([this] { CmdQuiry_Click(); }); });
@@ -248,11 +279,27 @@ void frmRs_PersonList::runQuery() {
 }
 
 void frmRs_PersonList::CmdQuiry_Click() {
+    // A value with no field to look in would list everyone as if found: the clerk hears of it.
+    if (m_combo2->currentIndex() < 0 && !m_txtFilter->text().trimmed().isEmpty()) {
+        composeFilter();
+        m_lblStatus->setText(QStringLiteral("请先在查询项目中选择字段，再按“模糊查询”。"));
+        ShowMsg(QStringLiteral("没有选择查询项目：请先在左边的列表中选择要查的字段（如姓名、身份证号），"
+                               "再按“模糊查询”。"),
+                vbInformation, windowTitle());
+        m_combo2->setFocus();
+        m_combo2->showPopup();
+        return;
+    }
     runQuery();
+}
+
+QString frmRs_PersonList::status() const {
+    return m_lblStatus->text();
 }
 
 void frmRs_PersonList::runList(const QString& filter) {
     Hourglass wait;
+    m_lblStatus->clear();
     m_views->setCurrentWidget(m_grid1);
     m_grid1->setRedraw(false);
     m_grid1->setMaxRows(0);
@@ -340,59 +387,66 @@ void frmRs_PersonList::drawChart() {
     chart->setFont(uiFont(9));
     chart->setTitleFont(uiFont(11));
     chart->legend()->setFont(uiFont(9));
+    int minimumHeight = 0;
     const int r = m_chartField->currentData().toInt();
-    if (m_chartField->count() > 0 && r + 1 < m_counts.size()) {
-        // The values with their counts, the largest first, the smallest gathered as "其他".
-        QVector<std::pair<QString, qint64>> values;
-        const QStringList& heads = m_counts.at(r);
-        const QStringList& counts = m_counts.at(r + 1);
-        for (int c = 1; c < heads.size(); ++c) {
-            if (c >= 2 && heads.at(c).isEmpty() && counts.value(c).isEmpty()) break;
-            values.append(
-                {heads.at(c).isEmpty() ? QStringLiteral("(空)") : heads.at(c), counts.value(c).toLongLong()});
-        }
-        std::stable_sort(values.begin(), values.end(),
-                         [](const auto& a, const auto& b) { return a.second > b.second; });
-        if (values.size() > kChartValues) {
-            qint64 rest = 0;
-            for (qsizetype i = kChartValues - 1; i < values.size(); ++i)
-                rest += values.at(i).second;
-            values.resize(kChartValues - 1);
-            values.append({QStringLiteral("其他"), rest});
-        }
-        chart->setTitle(heads.value(0));
+    const QVector<CountedValue> values =
+        m_chartField->count() > 0 ? CountedValues(m_counts, r, kChartValues) : QVector<CountedValue>();
+    const QVector<QStringList> totals = CountTotalsRows(values);
+    m_gridTotals->setMaxRows(0);
+    if (!values.isEmpty()) {
+        m_gridTotals->loadRows(totals);
+        chart->setTitle(
+            QStringLiteral("%1（合计 %2 人）").arg(m_counts.at(r).value(0), totals.last().value(1)));
         if (m_pie->isChecked()) {
             auto* pie = new QPieSeries;
-            for (const auto& [label, count] : values)
-                pie->append(QStringLiteral("%1 (%2)").arg(label).arg(count), double(count));
+            for (const CountedValue& v : values)
+                pie->append(QStringLiteral("%1 (%2)").arg(v.value).arg(v.persons), double(v.persons));
             for (QPieSlice* s : pie->slices())
                 s->setLabelFont(uiFont(9));
-            pie->setLabelsVisible(values.size() <= 12);
+            pie->setLabelsVisible(values.size() <= 8);
             chart->addSeries(pie);
+            // Named entries down the right: a row of colour squares across the top leaves no room for
+            // their names.
+            chart->legend()->setAlignment(Qt::AlignRight);
+            chart->legend()->setShowToolTips(true);
+            minimumHeight = int(values.size()) * (QFontMetrics(uiFont(9)).height() + 8) + 90;
         } else {
+            qsizetype longest = 0;
+            for (const CountedValue& v : values)
+                longest = qMax(longest, v.value.size());
+            // Long or many labels stand down the side, one to a bar, where they read whole; a few
+            // short ones stand under upright bars.
+            const bool across = longest > 4 || values.size() > 8;
+            // Bars across are drawn from the foot up: reversed, the largest stands at the top.
+            QVector<CountedValue> shown = values;
+            if (across) std::reverse(shown.begin(), shown.end());
             auto* set = new QBarSet(QStringLiteral("人数"));
             QStringList labels;
-            for (const auto& [label, count] : values) {
-                *set << double(count);
-                labels << label;
+            for (const CountedValue& v : shown) {
+                *set << double(v.persons);
+                labels << v.value;
             }
-            auto* bars = new QBarSeries;
+            QAbstractBarSeries* bars = across ? static_cast<QAbstractBarSeries*>(new QHorizontalBarSeries)
+                                              : static_cast<QAbstractBarSeries*>(new QBarSeries);
             bars->append(set);
             bars->setLabelsVisible(true);
             chart->addSeries(bars);
-            auto* x = new QBarCategoryAxis;
-            x->append(labels);
-            x->setLabelsFont(uiFont(9));
-            chart->addAxis(x, Qt::AlignBottom);
-            bars->attachAxis(x);
+            auto* names = new QBarCategoryAxis;
+            names->append(labels);
+            names->setLabelsFont(uiFont(9));
+            chart->addAxis(names, across ? Qt::AlignLeft : Qt::AlignBottom);
+            bars->attachAxis(names);
             auto* y = new QValueAxis;
             y->setLabelFormat(QStringLiteral("%d"));
             y->setLabelsFont(uiFont(9));
-            chart->addAxis(y, Qt::AlignLeft);
+            chart->addAxis(y, across ? Qt::AlignBottom : Qt::AlignLeft);
             bars->attachAxis(y);
             chart->legend()->hide();
+            // A label keeps its name only while its bar's share of the height holds a line of text.
+            if (across) minimumHeight = int(values.size()) * (QFontMetrics(uiFont(9)).height() + 16) + 120;
         }
     }
+    m_chartView->setMinimumHeight(qMax(260, minimumHeight));
     QChart* old = m_chartView->chart();
     m_chartView->setChart(chart);
     delete old;

@@ -30,6 +30,10 @@ public:
     ZqGrid* grid1() const { return m_grid1; }
     ZqGrid* grid2() const { return m_grid2; }
     QChartView* chart() const { return m_chartView; }
+    // The counts of the charted field read down, with the share of each and the total at the foot.
+    ZqGrid* totals() const { return m_gridTotals; }
+    // The line under the buttons that tells what the last query did not use.
+    QString status() const;
     // The filter of the present choices (the value box may be rewritten).
     QString composeFilter();
     // Handlers, public so that tests drive them as the clerk would.
@@ -72,6 +76,8 @@ private:
     QComboBox* m_chartField;
     QCheckBox* m_pie;
     QChartView* m_chartView;
+    ZqGrid* m_gridTotals;
+    QLabel* m_lblStatus;
     QFrame* m_picture2;
     QListWidget* m_lstAll;
     QListWidget* m_lstSelect;

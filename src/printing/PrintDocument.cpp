@@ -151,6 +151,27 @@ void Canvas::picture(const QRectF& mm, const QImage& image) {
         m_p.drawImage(target, image);
 }
 
+QStringList breakLines(const QString& para, const QFont& font, double limit, const QPaintDevice* device,
+                       bool* brokeWord) {
+    QStringList lines;
+    if (brokeWord) *brokeWord = false;
+    QTextLayout layout(para, font, device);
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(limit);
+        const int end = line.textStart() + line.textLength();
+        if (brokeWord && end > 0 && end < para.size() && isWordChar(para.at(end - 1)) &&
+            isWordChar(para.at(end)))
+            *brokeWord = true;
+        lines << para.mid(line.textStart(), line.textLength()).trimmed();
+    }
+    layout.endLayout();
+    return lines;
+}
+
 // ---- TextMeasure ------------------------------------------------------------------------------
 
 namespace {
@@ -189,16 +210,7 @@ QStringList TextMeasure::wrap(const QString& text, double width) const {
             lines << para;
             continue;
         }
-        QTextLayout layout(para, m_font);
-        QTextOption option;
-        option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-        layout.setTextOption(option);
-        layout.beginLayout();
-        for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-            line.setLineWidth(limit);
-            lines << para.mid(line.textStart(), line.textLength()).trimmed();
-        }
-        layout.endLayout();
+        lines << breakLines(para, m_font, limit);
     }
     return lines;
 }

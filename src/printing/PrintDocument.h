@@ -10,6 +10,7 @@
 #include <QSizeF>
 #include <QString>
 
+class QPaintDevice;
 class QPainter;
 
 namespace zq {
@@ -75,6 +76,18 @@ public:
 
     bool landscape() const { return paperSize().width() > paperSize().height(); }
 };
+
+// Whether a character belongs to a run a line should not break: digits, letters and their signs
+// (an identity card, a telephone number), not Chinese, which breaks between any two characters.
+inline bool isWordChar(QChar ch) {
+    return !ch.isSpace() && ch.unicode() < 0x2E80;
+}
+
+// Breaks one paragraph into lines no wider than `limit` device units of `font` on `device` (the
+// screen's when none), between words where it can, else anywhere. `brokeWord`, when given, tells
+// whether a run of isWordChar characters had to be broken.
+QStringList breakLines(const QString& para, const QFont& font, double limit,
+                       const QPaintDevice* device = nullptr, bool* brokeWord = nullptr);
 
 // Text measures independent of any device, in millimetres, for laying out pages before any is drawn.
 class TextMeasure {

@@ -55,9 +55,39 @@ public:
         const double width = twipsOf(c, c.metrics(c.font(baseFamily(), kBasePoints)).horizontalAdvance(s));
         text(s, l, r, row, width > r - l - 48 ? -1 : 1);
     }
-    void value(const QString& s, double l, double r, int row) {
+    // A value cell: framed, the value fitted in whole (see FitTextCell) and noted with its caption.
+    void value(const QString& caption, const QString& s, double l, double r, int row) {
         box(l, rowTop(row), r, rowTop(row + 1));
-        if (m_values) text(s + QLatin1Char(' '), l, r, row, 0);
+        if (m_values) place(caption, s, l, r, rowTop(row));
+    }
+    void place(const QString& caption, const QString& s, double l, double r, double top) {
+        const QString shown = s.trimmed();
+        if (shown.isEmpty()) return;
+        const bool fits = FitTextCell(c, shown, l, r, top, g.row());
+        if (m_cells)
+            m_cells->append({QString(caption).remove(QLatin1Char(' ')), shown,
+                             QRectF(mm(l), mm(top), mm(r - l), mm(g.row())), fits});
+    }
+    struct Column {
+        const char* field; // whose dictionary caption heads the column
+        const char* literal;
+        int from, to;
+    };
+    // A block's header row of captions on `row` and its data rows under it, at most `rows`.
+    void table(const SheetCaptions& cap, const QString& tableName, std::initializer_list<Column> columns,
+               int row, const QVector<QStringList>& data, int rows) {
+        QStringList captions;
+        for (const Column& col : columns) {
+            captions << cap.of(tableName, QLatin1String(col.field), QString::fromUtf8(col.literal));
+            label(captions.last(), g.c[col.from], g.c[col.to], row);
+        }
+        for (int i = 0; i < rows; ++i) {
+            int k = 0;
+            for (const Column& col : columns) {
+                value(captions.at(k), data.value(i).value(k), g.c[col.from], g.c[col.to], row + 1 + i);
+                ++k;
+            }
+        }
     }
     // A block's title, one character to a row in the first column, and its outer frame drawn heavier.
     void block(const QString& title, int first, int rows) {
@@ -75,6 +105,7 @@ public:
     Canvas& c;
     const SheetGrid& g;
     bool m_values = true;
+    QVector<SheetCell>* m_cells = nullptr;
 };
 
 // The page head: the company over the page, the person's code and branch under it.
@@ -86,10 +117,13 @@ void drawHead(Sheet& s, const PersonSheet& p, const SheetCaptions& cap) {
                title, Qt::AlignHCenter);
     const int row = -1;
     s.text(cap.label(0) + QStringLiteral(": ") + p.code, s.g.c[0], s.g.c[5], row, 0);
-    const QString branch =
-        cap.label(37) + (p.code.isEmpty() ? QStringLiteral(":                ")
-                                          : QStringLiteral(": ") + p.value(QStringLiteral("fUnit")));
-    s.text(branch, s.g.c[7], s.g.c[8], row, 0);
+    if (p.code.isEmpty()) {
+        s.text(cap.label(37) + QStringLiteral(":                "), s.g.c[7], s.g.c[8], row, 0);
+        return;
+    }
+    // A long branch name is fitted into its cell like a value.
+    const QString branch = cap.label(37) + QStringLiteral(": ") + p.value(QStringLiteral("fUnit"));
+    s.place(cap.label(37), branch, s.g.c[7], s.g.c[8], s.rowTop(row));
 }
 
 struct HeadCell {
@@ -158,7 +192,9 @@ void drawFront(Sheet& s, const PersonSheet& p, const QImage& photo, const SheetC
             s.label(caption, g.c[h.labelFrom], g.c[h.labelTo], row);
         }
         for (const HeadCell& h : cells)
-            s.value(p.value(QLatin1String(h.field)), g.c[h.valueFrom], g.c[h.valueTo], row);
+            s.value(h.ordinal < 0 ? cap.of(basic, QLatin1String(h.captionField), QString::fromUtf8(h.literal))
+                                  : cap.label(h.ordinal),
+                    p.value(QLatin1String(h.field)), g.c[h.valueFrom], g.c[h.valueTo], row);
         ++row;
     }
     // Row 17: five pairs side by side over the whole width.
@@ -169,7 +205,7 @@ void drawFront(Sheet& s, const PersonSheet& p, const QImage& photo, const SheetC
         for (int i = 0; i < 5; ++i) {
             const double l = g.c[0] + i * pair, mid = l + pair * 0.55, r = i == 4 ? g.c[8] : l + pair;
             s.label(cap.label(ordinals[i]), l, mid, row);
-            s.value(p.value(QLatin1String(fields[i])), mid, r, row);
+            s.value(cap.label(ordinals[i]), p.value(QLatin1String(fields[i])), mid, r, row);
         }
         ++row;
     }
@@ -183,49 +219,33 @@ void drawFront(Sheet& s, const PersonSheet& p, const QImage& photo, const SheetC
     }
     s.box(g.c[0], s.rowTop(0), g.c[8], s.rowTop(row), kThick);
 
-    const QString study = QStringLiteral("tRsStudy"), work = QStringLiteral("tRsWork");
     s.block(QStringLiteral("学 习 及 受 训 情 况"), row, kSheetStudyRows + 1);
-    s.label(cap.of(study, QStringLiteral("fYear"), QStringLiteral("起止年月")), g.c[1], g.c[3], row);
-    s.label(cap.of(study, QStringLiteral("fXx"), QStringLiteral("学    校")), g.c[3], g.c[5], row);
-    s.label(cap.of(study, QStringLiteral("fZy"), QStringLiteral("专    业")), g.c[5], g.c[8], row);
-    for (int i = 0; i < kSheetStudyRows; ++i) {
-        const QStringList r = p.study.value(i);
-        s.value(r.value(0), g.c[1], g.c[3], row + 1 + i);
-        s.value(r.value(1), g.c[3], g.c[5], row + 1 + i);
-        s.value(r.value(2), g.c[5], g.c[8], row + 1 + i);
-    }
+    s.table(cap, QStringLiteral("tRsStudy"),
+            {{"fYear", "起止年月", 1, 3}, {"fXx", "学    校", 3, 5}, {"fZy", "专    业", 5, 8}}, row, p.study,
+            kSheetStudyRows);
     row += kSheetStudyRows + 1;
 
     s.block(QStringLiteral("主 要 工 作 简 历"), row, kSheetWorkRows + 1);
-    s.label(cap.of(work, QStringLiteral("fYear"), QStringLiteral("起止年月")), g.c[1], g.c[3], row);
-    s.label(cap.of(work, QStringLiteral("fBm"), QStringLiteral("单    位")), g.c[3], g.c[5], row);
-    s.label(cap.of(work, QStringLiteral("fRz"), QStringLiteral("任    职")), g.c[5], g.c[6], row);
-    s.label(cap.of(work, QStringLiteral("fWk"), QStringLiteral("所从事工作")), g.c[6], g.c[8], row);
-    for (int i = 0; i < kSheetWorkRows; ++i) {
-        const QStringList r = p.work.value(i);
-        s.value(r.value(0), g.c[1], g.c[3], row + 1 + i);
-        s.value(r.value(1), g.c[3], g.c[5], row + 1 + i);
-        s.value(r.value(2), g.c[5], g.c[6], row + 1 + i);
-        s.value(r.value(3), g.c[6], g.c[8], row + 1 + i);
-    }
+    s.table(cap, QStringLiteral("tRsWork"),
+            {{"fYear", "起止年月", 1, 3},
+             {"fBm", "单    位", 3, 5},
+             {"fRz", "任    职", 5, 6},
+             {"fWk", "所从事工作", 6, 8}},
+            row, p.work, kSheetWorkRows);
 }
 
 void drawBack(Sheet& s, const PersonSheet& p, const SheetCaptions& cap) {
     const SheetGrid& g = s.g;
-    const QString family = QStringLiteral("tRsFamily"), spouse = QStringLiteral("tRsBasic_P"),
-                  results = QStringLiteral("tRsResult"), awards = QStringLiteral("tRsMeed");
+    const QString spouse = QStringLiteral("tRsBasic_P");
     int row = 0;
     s.block(QStringLiteral("主 要 家 庭 成 员"), row, kSheetFamilyRows + 1);
-    s.label(cap.of(family, QStringLiteral("fCh"), QStringLiteral("称    谓")), g.c[1], g.c[2], row);
-    s.label(cap.of(family, QStringLiteral("fName"), QStringLiteral("姓    名")), g.c[2], g.c[3], row);
-    s.label(cap.of(family, QStringLiteral("fNy"), QStringLiteral("出生年月")), g.c[3], g.c[4], row);
-    s.label(cap.of(family, QStringLiteral("fDw"), QStringLiteral("工作单位、职务或住址")), g.c[4], g.c[7],
-            row);
-    s.label(cap.of(family, QStringLiteral("fZz"), QStringLiteral("政治面貌")), g.c[7], g.c[8], row);
-    static const int familyCells[6] = {1, 2, 3, 4, 7, 8};
-    for (int i = 0; i < kSheetFamilyRows; ++i)
-        for (int k = 0; k < 5; ++k)
-            s.value(p.family.value(i).value(k), g.c[familyCells[k]], g.c[familyCells[k + 1]], row + 1 + i);
+    s.table(cap, QStringLiteral("tRsFamily"),
+            {{"fCh", "称    谓", 1, 2},
+             {"fName", "姓    名", 2, 3},
+             {"fNy", "出生年月", 3, 4},
+             {"fDw", "工作单位、职务或住址", 4, 7},
+             {"fZz", "政治面貌", 7, 8}},
+            row, p.family, kSheetFamilyRows);
     row += kSheetFamilyRows + 1;
 
     // The spouse: label, then value, on the block's four rows.
@@ -243,30 +263,22 @@ void drawBack(Sheet& s, const PersonSheet& p, const SheetCaptions& cap) {
     s.block(QStringLiteral("配 偶 情 况"), row, 4);
     for (int i = 0; i < 4; ++i)
         for (const Pair& x : spouseRows.at(i)) {
-            s.label(cap.of(spouse, QLatin1String(x.field), QString::fromUtf8(x.literal)), g.c[x.from],
-                    g.c[x.mid], row + i);
-            s.value(p.spouse.value(QString::fromLatin1(x.field).toLower()), g.c[x.mid], g.c[x.to], row + i);
+            const QString caption = cap.of(spouse, QLatin1String(x.field), QString::fromUtf8(x.literal));
+            s.label(caption, g.c[x.from], g.c[x.mid], row + i);
+            s.value(caption, p.spouse.value(QString::fromLatin1(x.field).toLower()), g.c[x.mid], g.c[x.to],
+                    row + i);
         }
     row += 4;
 
     s.block(QStringLiteral("主 要 业 绩"), row, kSheetResultRows + 1);
-    s.label(cap.of(results, QStringLiteral("fYear"), QStringLiteral("年    月")), g.c[1], g.c[3], row);
-    s.label(cap.of(results, QStringLiteral("fyj"), QStringLiteral("业    绩")), g.c[3], g.c[8], row);
-    for (int i = 0; i < kSheetResultRows; ++i) {
-        s.value(p.results.value(i).value(0), g.c[1], g.c[3], row + 1 + i);
-        s.value(p.results.value(i).value(1), g.c[3], g.c[8], row + 1 + i);
-    }
+    s.table(cap, QStringLiteral("tRsResult"), {{"fYear", "年    月", 1, 3}, {"fyj", "业    绩", 3, 8}}, row,
+            p.results, kSheetResultRows);
     row += kSheetResultRows + 1;
 
     s.block(QStringLiteral("奖 励 与 处 分"), row, kSheetAwardRows + 1);
-    s.label(cap.of(awards, QStringLiteral("fYear"), QStringLiteral("时    间")), g.c[1], g.c[3], row);
-    s.label(cap.of(awards, QStringLiteral("fyy"), QStringLiteral("事    件")), g.c[3], g.c[7], row);
-    s.label(cap.of(awards, QStringLiteral("fjc"), QStringLiteral("奖励或处罚")), g.c[7], g.c[8], row);
-    for (int i = 0; i < kSheetAwardRows; ++i) {
-        s.value(p.awards.value(i).value(0), g.c[1], g.c[3], row + 1 + i);
-        s.value(p.awards.value(i).value(1), g.c[3], g.c[7], row + 1 + i);
-        s.value(p.awards.value(i).value(2), g.c[7], g.c[8], row + 1 + i);
-    }
+    s.table(cap, QStringLiteral("tRsMeed"),
+            {{"fYear", "时    间", 1, 3}, {"fyy", "事    件", 3, 7}, {"fjc", "奖励或处罚", 7, 8}}, row,
+            p.awards, kSheetAwardRows);
 }
 
 // The base font's measures in twips: the probe character's width and the line's height, never
@@ -379,13 +391,68 @@ void PrintTextCell(Canvas& c, const QString& text, double& left, double& right, 
     if (clip) p.restore();
 }
 
+bool FitTextCell(Canvas& c, const QString& text, double left, double right, double top, double height,
+                 double points) {
+    if (text.isEmpty()) return true;
+    const double avail = right - left - 48;
+    if (avail <= 0) return false;
+    const QString family = baseFamily();
+    const auto widthAt = [&](double size) {
+        return twipsOf(c, c.metrics(c.font(family, size)).horizontalAdvance(text));
+    };
+    const auto lineHeightAt = [&](double size) {
+        return twipsOf(c, c.metrics(c.font(family, size)).height());
+    };
+    const auto linesAt = [&](double size, bool* brokeWord) {
+        return breakLines(text, c.font(family, size), c.dots(mm(avail)), c.painter().device(), brokeWord);
+    };
+    const auto draw = [&](const QStringList& lines, double size, bool clip) {
+        QPainter& p = c.painter();
+        const QFont f = c.font(family, size);
+        const QFontMetricsF& fm = c.metrics(f);
+        const double lh = twipsOf(c, fm.height());
+        const double first = top + qMax(0.0, (height - lines.size() * lh) / 2);
+        if (clip) {
+            p.save();
+            p.setClipRect(c.dots(QRectF(mm(left), mm(top), mm(right - left), mm(height))));
+        }
+        p.setFont(f);
+        p.setPen(Qt::black);
+        for (qsizetype i = 0; i < lines.size(); ++i)
+            p.drawText(QPointF(c.dots(mm(left + 24)), c.dots(mm(first + i * lh)) + fm.ascent()), lines.at(i));
+        if (clip) p.restore();
+    };
+    // A number may go a little smaller than text: the 18 digits of an identity card fill the
+    // narrowest value cell at about 5.75 points.
+    constexpr double kOneLineSmallest = 7, kSmallest = 6, kWordSmallest = 5, kStep = 0.25;
+    for (double size = points; size >= kOneLineSmallest; size -= kStep)
+        if (widthAt(size) <= avail) {
+            draw({text}, size, false);
+            return true;
+        }
+    // Lines that keep every number whole first (an identity card rather smaller on one line than
+    // broken), then any lines that fit.
+    for (bool wholeWords : {true, false})
+        for (double size = points; size >= (wholeWords ? kWordSmallest : kSmallest); size -= kStep) {
+            bool broke = false;
+            const QStringList lines = linesAt(size, &broke);
+            if ((!wholeWords || !broke) && lines.size() * lineHeightAt(size) <= height) {
+                draw(lines, size, false);
+                return true;
+            }
+        }
+    draw(linesAt(kSmallest, nullptr), kSmallest, true);
+    return false;
+}
+
 void DrawRS(Canvas& canvas, const PersonSheet& sheet, const QImage& photo, const SheetCaptions& captions,
-            int side, bool values) {
+            int side, bool values, QVector<SheetCell>* cells) {
     double w = 0, h = 0;
     measureBase(canvas, w, h);
     const SheetGrid grid = SheetGrid::make(w, h);
     Sheet s(canvas, grid);
     s.m_values = values;
+    s.m_cells = cells;
     drawHead(s, sheet, captions);
     if (side == 2)
         drawBack(s, sheet, captions);
@@ -424,7 +491,16 @@ void SheetDocument::paintPage(Canvas& canvas, int page) const {
     const int index = page / perPerson;
     const int side = m_sides == SheetSides::Both ? 1 + (page % perPerson) % 2 : int(m_sides);
     const PersonSheet& p = person(index);
-    DrawRS(canvas, p, m_photo, m_captions, side, !p.code.isEmpty());
+    m_cells.clear();
+    DrawRS(canvas, p, m_photo, m_captions, side, !p.code.isEmpty(), &m_cells);
+    for (const SheetCell& cell : m_cells) {
+        if (cell.fits) continue;
+        const QString line =
+            QStringLiteral("%1（%2）%3的“%4”字数太多，缩到最小字号并折行仍放不下，纸上只印出一部分")
+                .arg(p.value(QStringLiteral("fName")), p.code,
+                     side == 2 ? QStringLiteral("反面") : QStringLiteral("正面"), cell.caption);
+        if (!m_misfits.contains(line)) m_misfits << line;
+    }
 }
 
 } // namespace zq

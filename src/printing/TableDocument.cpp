@@ -25,6 +25,54 @@ QString pairText(const QString& name, const QString& value) {
     return name + QStringLiteral("：") + value;
 }
 
+// Runs of digits and letters longer than this may break: a column never widens past them.
+constexpr int kLongestWord = 24;
+
+// The longest run of a text that a line must not break (see isWordChar), at most kLongestWord.
+QString longestWord(const QString& text) {
+    qsizetype best = 0, bestAt = 0, start = -1;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        const bool word = i < text.size() && isWordChar(text.at(i));
+        if (word && start < 0) start = i;
+        if (!word && start >= 0) {
+            if (i - start > best) {
+                best = i - start;
+                bestAt = start;
+            }
+            start = -1;
+        }
+    }
+    return text.mid(bestAt, qMin<qsizetype>(best, kLongestWord));
+}
+
+// Widths that sum to `usable`, in proportion to `natural`, where no column falls below its `need`
+// while the others can spare the room: a column of 18-digit identity cards keeps them on one line.
+QVector<double> spread(const QVector<double>& natural, const QVector<double>& need, double usable) {
+    double sum = 0;
+    for (double w : natural)
+        sum += w;
+    QVector<double> widths;
+    for (double w : natural)
+        widths << w * usable / sum;
+    for (int round = 0; round < natural.size(); ++round) {
+        double deficit = 0, slack = 0;
+        for (int i = 0; i < widths.size(); ++i) {
+            if (widths.at(i) < need.at(i))
+                deficit += need.at(i) - widths.at(i);
+            else
+                slack += widths.at(i) - need.at(i);
+        }
+        if (deficit <= 0.01 || slack < deficit) break;
+        for (int i = 0; i < widths.size(); ++i) {
+            if (widths.at(i) < need.at(i))
+                widths[i] = need.at(i);
+            else
+                widths[i] -= (widths.at(i) - need.at(i)) * deficit / slack;
+        }
+    }
+    return widths;
+}
+
 } // namespace
 
 TableDocument::TableDocument(TableData data, ListHeading heading, Style style)
@@ -75,8 +123,25 @@ void TableDocument::layOutColumns() {
     }
     m_points = points;
     m_widths.clear();
-    for (double w : widths)
-        m_widths << (m_style == Style::Outline ? usable : w * usable / sum);
+    if (m_style == Style::Outline) {
+        for (int i = 0; i < n; ++i)
+            m_widths << usable;
+        return;
+    }
+    // What each column must hold on one line: its longest unbreakable run of digits or letters.
+    QVector<QString> words(n);
+    for (const TableRow& r : m_data.rows)
+        for (int c = 0; c < n; ++c) {
+            const QString& text = r.cells.at(c);
+            if (text.size() <= words.at(c).size()) continue;
+            const QString w = longestWord(text);
+            if (w.size() > words.at(c).size()) words[c] = w;
+        }
+    const TextMeasure m(m_family, points);
+    QVector<double> need;
+    for (int c = 0; c < n; ++c)
+        need << (words.at(c).isEmpty() ? 0 : m.width(words.at(c)) + 2 * kPadX + 0.2);
+    m_widths = spread(widths, need, usable);
 }
 
 void TableDocument::layOutHeading() {

@@ -81,9 +81,13 @@ frmRs_PersonPnt::frmRs_PersonPnt(QWidget* parent)
     bar->addStretch();
     for (QPushButton* b : {cmdPreview, cmdPrint, cmdPdf, cmdQuit})
         bar->addWidget(b);
+    m_lblStatus = new QLabel(this);
+    m_lblStatus->setObjectName(QStringLiteral("lblStatus"));
+    m_lblStatus->setWordWrap(true);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(bar);
     layout->addWidget(m_picture2, 1);
+    layout->addWidget(m_lblStatus);
     resize(900, 700);
 
     connect(cmdPreview, &QPushButton::clicked, this, &frmRs_PersonPnt::cmdPreview_Click);
@@ -124,13 +128,36 @@ void frmRs_PersonPnt::cmdPreview_Click() {
     PrintPage = m_optPaper[2]->isChecked() ? 2 : 1;
     const SheetDocument doc = sheet(PrintPage, 1);
     m_picPaper->setPixmap(QPixmap::fromImage(renderPage(doc, 0, kPreviewDpi)));
+    const QStringList misfits = doc.misfits();
+    m_lblStatus->setText(misfits.isEmpty() ? QString() : misfits.join(QLatin1Char('\n')));
+    m_lblStatus->setStyleSheet(misfits.isEmpty() ? QString() : QStringLiteral("color: #b00000"));
+}
+
+QString frmRs_PersonPnt::status() const {
+    return m_lblStatus->text();
+}
+
+void frmRs_PersonPnt::warnMisfits(const SheetDocument& doc) {
+    QStringList misfits = doc.misfits();
+    if (misfits.isEmpty()) return;
+    const qsizetype all = misfits.size();
+    if (all > 8) {
+        misfits.resize(8);
+        misfits << QStringLiteral("……共%1处").arg(all);
+    }
+    ShowMsg(QStringLiteral("以下内容在纸上放不下，请缩短后再打印：\n") + misfits.join(QLatin1Char('\n')),
+            vbExclamation, windowTitle());
 }
 
 bool frmRs_PersonPnt::cmdPrint_Click() {
     PrintPage = m_optPaper[1]->isChecked() ? 1 : m_optPaper[2]->isChecked() ? 2 : 0;
     const SheetDocument doc = sheet(PrintPage, copies());
     // A program without windows prints into its PDF.
-    if (!PrintOutput::pdfPath().isEmpty()) return writePdf(doc, PrintOutput::pdfPath());
+    if (!PrintOutput::pdfPath().isEmpty()) {
+        const bool done = writePdf(doc, PrintOutput::pdfPath());
+        warnMisfits(doc);
+        return done;
+    }
     const QString name = QPrinterInfo::defaultPrinterName();
     QPrinter printer(QPrinter::HighResolution);
     if (!name.isEmpty()) printer.setPrinterName(name);
@@ -138,6 +165,7 @@ bool frmRs_PersonPnt::cmdPrint_Click() {
         ShowMsg(kPrinterFailed, vbExclamation, windowTitle());
         return false;
     }
+    warnMisfits(doc);
     return true;
 }
 
@@ -152,7 +180,10 @@ bool frmRs_PersonPnt::cmdPdf_Click() {
     QString file = prompts().file(request);
     if (file.isEmpty()) return false;
     if (!file.endsWith(QLatin1String(".pdf"), Qt::CaseInsensitive)) file += QStringLiteral(".pdf");
-    return writePdf(sheet(PrintPage, 1), file);
+    const SheetDocument doc = sheet(PrintPage, 1);
+    const bool done = writePdf(doc, file);
+    warnMisfits(doc);
+    return done;
 }
 
 bool frmRs_PersonPnt::eventFilter(QObject* watched, QEvent* event) {

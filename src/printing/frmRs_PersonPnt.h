@@ -32,6 +32,8 @@ public:
     // Copies asked for in TxtMany, at least one.
     int copies() const;
     const QString& personCode() const { return m_code; }
+    // The status line under the page: what of the previewed side does not fit its cell.
+    QString status() const;
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -40,6 +42,8 @@ protected:
 private:
     // The sheet to draw: the blank form when ChkPai is set, else the screen's person.
     SheetDocument sheet(int sides, int copies) const;
+    // Tells the user of values the paper could not hold whole; nothing when all fit.
+    void warnMisfits(const SheetDocument& doc);
 
     bool m_loaded = false;
     QString m_code;
@@ -49,6 +53,7 @@ private:
     QCheckBox* m_chkPai;
     QWidget* m_picture2;
     QLabel* m_picPaper;
+    QLabel* m_lblStatus;
 };
 
 } // namespace zq

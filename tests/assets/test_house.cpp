@@ -165,11 +165,21 @@ private slots:
         G().PersonEditMode = 2;
         bool closedByDoubleClick = false;
         bool pickerHidesEditing = false;
+        QStringList shown, told;
         setModalRunner([&](QDialog& d) {
             d.show();
             auto& h = static_cast<frmRs_House&>(d);
             pickerHidesEditing = d.findChild<QWidget*>("cmdAdd")->isHidden();
+            // Each room's kind and places left beside it; a pick that does not suit the person is
+            // told in the status line.
+            for (const char* key : {"B1", "B101", "B102"})
+                shown << node(tree(h), QString::fromLatin1(key))->text(1) + '/' +
+                             node(tree(h), QString::fromLatin1(key))->text(2);
+            pick(h, "B101");
+            told << h.status();
             pick(h, "B102");
+            told << h.status();
+            test::saveShot(d, "housing-picker");
             emit tree(h)->itemDoubleClicked(tree(h)->currentItem(), 0);
             closedByDoubleClick = d.result() == QDialog::Accepted;
             return d.result();
@@ -180,6 +190,12 @@ private slots:
         setModalRunner({});
         QVERIFY(closedByDoubleClick);
         QVERIFY(pickerHidesEditing);
+        QCOMPARE(shown, QStringList({"/", "男生/已满", "女生/空4位"}));
+        QCOMPARE(told.at(0),
+                 QStringLiteral("注意：101室 已住满（限2人）。 101室：男生房间，限2人，已住3人，已满"));
+        QCOMPARE(told.at(1),
+                 QStringLiteral(
+                     "注意：102室 是女生房间，此员工性别为男。 102室：女生房间，限4人，已住0人，空4位"));
         QCOMPARE(test::child<QLineEdit>(basic, "Text2(48)")->text(), QStringLiteral("102"));
         // The person in hand stays.
         QCOMPARE(G().CurPersonCode, QStringLiteral("010"));

@@ -1,3 +1,4 @@
+#include "Controls.h"
 #include "TestDb.h"
 
 #include "organisation/frmRs_PersonAssignOk.h"
@@ -7,9 +8,11 @@
 #include "shell/Recordset.h"
 #include "shell/ui/Commands.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QDateEdit>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -155,6 +158,36 @@ private slots:
         d.setOldUnit(QStringLiteral("分公司"));
         d.cboOldUnit_LostFocus();
         QCOMPARE(d.newUnit(), QStringLiteral("总公司"));
+    }
+
+    // The code names the person: leaving it fills the name with the old place, so that the two
+    // match; the department lists show whole names; and the dialog says in one line that the
+    // master record stays as it is.
+    void codeFillsTheNameAndTheDialogSaysWhatItLeaves() {
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values "
+             "('0301','研发中心软件开发部测试一室',0,0)");
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values "
+             "('0302','研发中心软件开发部测试二室',0,0)");
+        frmRs_PersonAssignOk d;
+        d.show();
+        d.setPersonName(QString());
+        d.setPersonCode(QStringLiteral("001"));
+        d.Text1_LostFocus(2);
+        QCOMPARE(d.personName(), QStringLiteral("张三"));
+        QCOMPARE(d.oldUnit(), QStringLiteral("总公司"));
+        QApplication::processEvents();
+        auto* note = d.findChild<QLabel*>("lblNote");
+        QVERIFY(note && note->isVisible());
+        QVERIFY(note->text().contains(QStringLiteral("不改动人员档案")));
+        for (const char* name : {"cboOldDept", "cboNewDept"}) {
+            auto* c = d.findChild<QComboBox*>(name);
+            QCOMPARE(c->view()->textElideMode(), Qt::ElideNone);
+            const int widest =
+                c->view()->fontMetrics().horizontalAdvance(QStringLiteral("研发中心软件开发部测试一室"));
+            QVERIFY2(c->view()->minimumWidth() > widest, name);
+            QVERIFY2(c->width() > widest, name); // the box itself shows the whole name
+        }
+        test::saveShot(d, "transfer-dialog");
     }
 
     void keysMoveOnAndLeavingBoxesLooksUp() {
@@ -372,6 +405,8 @@ private slots:
         d.findChild<QPushButton*>("cmdStaff")->click();
         QCOMPARE(d.personCode(), QStringLiteral("001"));
         QCOMPARE(d.personName(), QStringLiteral("张三"));
+        QCOMPARE(d.oldUnit(), QStringLiteral("总公司")); // the old place at once
+        QCOMPARE(d.oldDept(), QStringLiteral("生产部"));
 
         pick = false;
         d.setPersonCode(QStringLiteral("002"));

@@ -15,6 +15,7 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTest>
 
 using namespace zq;
@@ -145,6 +146,52 @@ private slots:
         QCOMPARE(seen.value("title").toString(), QString("调令修改"));
     }
 
+    // A saved order stands in the list at once, active, without a new search; the clerk is told
+    // that the master record did not move and can open it from the list.
+    void aSavedOrderShowsAtOnceWithTheWayToTheRecord() {
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('01','生产部',0,0)");
+        exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('02','销售部',0,0)");
+        frmRs_PersonAssign w;
+        w.show();
+        w.cmdSeek_Click();
+        QCOMPARE(w.grid()->maxRows(), 5);
+        setModalRunner([&](QDialog& d) {
+            d.show();
+            auto& ok = static_cast<frmRs_PersonAssignOk&>(d);
+            ok.setPersonCode(QStringLiteral("D04"));
+            ok.Text1_LostFocus(2);
+            ok.setMoveNmb(QStringLiteral("9"));
+            ok.setOldUnit(QStringLiteral("本公司"));
+            ok.setNewUnit(QStringLiteral("本公司"));
+            ok.setOldDept(QStringLiteral("生产部"));
+            ok.setNewDept(QStringLiteral("销售部"));
+            m_prompts->answer(vbYes);
+            ok.cmdOk_Click();
+            return ok.result();
+        });
+        w.cmdAdd_Click();
+        setModalRunner({});
+        QCOMPARE(w.grid()->maxRows(), 6);
+        QCOMPARE(w.grid()->activeRow(), 6);
+        QCOMPARE(w.grid()->text(6, 2), QString("赵六")); // the name the code brought
+        QCOMPARE(w.grid()->text(6, 3), QString("9"));
+        QVERIFY(w.status().contains("人员档案未改动"));
+        test::saveShot(w, "transfer-list");
+
+        QString opened;
+        int mode = -1;
+        setModalRunner([&](QDialog& d) {
+            opened = d.objectName();
+            mode = G().PersonEditMode;
+            return int(QDialog::Rejected);
+        });
+        w.findChild<QPushButton*>("cmdPerson")->click();
+        setModalRunner({});
+        QCOMPARE(opened, QString("frmRs_PersonBasic"));
+        QCOMPARE(mode, 2);
+        QCOMPARE(G().CurPersonCode, QString("D04"));
+    }
+
     void anotherClientsChangeToAnOrderIsNotOverwritten() {
         exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('01','生产部',0,0)");
         exec("insert into tRs_Bm (fCode,fName,fLimited,fYnxj) values ('02','销售部',0,0)");
@@ -156,7 +203,8 @@ private slots:
         other.execute("update trsPersonMove set chgperson='另一人' where moveNmb=1");
         w.grid()->setActiveCell(1, 1);
         changeActiveOrder(w, QStringLiteral("经理"));
-        QVERIFY2(m_prompts->messages().last().startsWith(QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
+        QVERIFY2(m_prompts->messages().last().startsWith(
+                     QStringLiteral("存盘错误!\n\n此记录在您打开之后已被他人修改")),
                  qPrintable(m_prompts->messages().join('|')));
         QCOMPARE(one("select chgperson||'/'||coalesce(newworktype,'') from trsPersonMove where moveNmb=1"),
                  QString("另一人/"));

@@ -20,7 +20,12 @@
 #include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QGraphicsScene>
+#include <QGraphicsTextItem>
+#include <QHorizontalBarSeries>
 #include <QLabel>
+#include <QLegend>
+#include <QLegendMarker>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPieSeries>
@@ -161,7 +166,7 @@ private slots:
         QVERIFY(QStringList({"男", "女"}).contains(w.grid2()->text(1, 2)));
         auto* bars = qobject_cast<QBarSeries*>(w.chart()->chart()->series().value(0));
         QVERIFY(bars);
-        QCOMPARE(w.chart()->chart()->title(), QString("性别"));
+        QCOMPARE(w.chart()->chart()->title(), QString("性别（合计 %1 人）").arg(serving));
         double sum = 0;
         for (int i = 0; i < bars->barSets().first()->count(); ++i)
             sum += bars->barSets().first()->at(i);
@@ -180,9 +185,64 @@ private slots:
         QVERIFY2(QString::fromUtf8(text.readAllStandardOutput()).contains("性别"), "no caption in the PDF");
         test::saveShot(w, "statistics");
 
+        // Counting departments: read down beside the chart with a total, long names whole on bars
+        // across, the pie's legend named.
+        child<QCheckBox>(w, "chkPie")->setChecked(false);
+        w.cmdCompile_Click();
+        all->setCurrentItem(all->findItems("现属部门", Qt::MatchExactly).first());
+        w.moveItems(true, false);
+        w.cmdCompileOK_Click();
+        auto* field = child<QComboBox>(w, "cboChartField");
+        field->setCurrentIndex(field->findText("现属部门"));
+        const QStringList depts = [] {
+            QStringList names;
+            for (Recordset rs(conn(), "select distinct fBmName from tRsBasic where fzt=1"); !rs.eof();
+                 rs.moveNext())
+                names << rs.text(0);
+            return names;
+        }();
+        QCOMPARE(w.totals()->maxRows(), int(std::min<qsizetype>(depts.size(), 24)) + 1);
+        QCOMPARE(w.totals()->text(w.totals()->maxRows(), 1), QString("合计"));
+        QCOMPARE(w.totals()->text(w.totals()->maxRows(), 2), serving);
+        QCOMPARE(w.totals()->text(w.totals()->maxRows(), 3), QString("100.0%"));
+        QVERIFY(qobject_cast<QHorizontalBarSeries*>(w.chart()->chart()->series().value(0)));
+        const auto shownTexts = [&w] {
+            QApplication::processEvents();
+            QStringList texts;
+            for (QGraphicsItem* item : w.chart()->scene()->items())
+                if (auto* t = dynamic_cast<QGraphicsTextItem*>(item); t && t->isVisible())
+                    texts << t->toPlainText();
+            return texts;
+        };
+        const QStringList labels = shownTexts();
+        for (int r = 1; r < w.totals()->maxRows(); ++r)
+            QVERIFY2(labels.contains(w.totals()->text(r, 1)),
+                     qPrintable(w.totals()->text(r, 1) + " is not shown whole: " + labels.join('|')));
+        test::saveShot(w, "statistics-depts");
+        child<QCheckBox>(w, "chkPie")->setChecked(true);
+        QCOMPARE(w.chart()->chart()->legend()->alignment(), Qt::AlignRight);
+        const QStringList legend = shownTexts();
+        for (QLegendMarker* m : w.chart()->chart()->legend()->markers())
+            QVERIFY2(legend.contains(m->label()), qPrintable(m->label() + " not in " + legend.join('|')));
+        test::saveShot(w, "statistics-pie");
+        child<QCheckBox>(w, "chkPie")->setChecked(false);
+
+        // A value to search for with no field chosen is told, not taken for a search of everyone.
+        child<QComboBox>(w, "Combo2")->setCurrentIndex(-1);
+        child<QLineEdit>(w, "txtFilter")->setText("王");
+        ScriptedPrompts& prompts = scriptPrompts();
+        w.CmdQuiry_Click();
+        QVERIFY(prompts.messages().join(QString()).contains("没有选择查询项目"));
+        QVERIFY(w.status().contains("选择字段"));
+        QVERIFY(w.grid2()->isVisible()); // the counts stay on show: nothing was listed
+        child<QLineEdit>(w, "txtFilter")->clear();
+        w.CmdQuiry_Click();
+        QCOMPARE(w.grid1()->maxRows(), serving.toInt());
+        QVERIFY(w.status().isEmpty());
+
         // The choice stays for the next count; a dictionary too short is refused in words.
         w.cmdCompile_Click();
-        QCOMPARE(all->count(), 50);
+        QCOMPARE(all->count(), 49);
         exec("delete from RptListDetail where fTable='tRsBasic' and OrderID>40");
         QVERIFY_THROWS_EXCEPTION(DbError, CountableCaptions());
     }

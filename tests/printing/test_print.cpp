@@ -276,6 +276,52 @@ private slots:
         QVERIFY(qAbs(upright.columnWidths()[1] / upright.columnWidths()[0] - 2.6) < 0.4);
     }
 
+    // A list of many columns: each 18-digit identity card stays whole on one line, inside its column,
+    // the room it needs taken from the columns that can spare it.
+    void identityCardsStayOnOneLine() {
+        TableData list;
+        list.columns << TableColumn{QStringLiteral("工号"), 6} << TableColumn{QStringLiteral("姓名"), 8}
+                     << TableColumn{QStringLiteral("身份证号"), 10}
+                     << TableColumn{QStringLiteral("现住址"), 30}
+                     << TableColumn{QStringLiteral("现任职务"), 14} << TableColumn{QStringLiteral("部门"), 14}
+                     << TableColumn{QStringLiteral("电话"), 12} << TableColumn{QStringLiteral("备注"), 20}
+                     << TableColumn{QStringLiteral("籍贯"), 12} << TableColumn{QStringLiteral("学历"), 8}
+                     << TableColumn{QStringLiteral("专业"), 14}
+                     << TableColumn{QStringLiteral("毕业学校"), 16};
+        QStringList cards;
+        for (int r = 0; r < 30; ++r) {
+            cards << QStringLiteral("3101011990030%1").arg(r + 1000, 5, 10, QLatin1Char('0')).left(17) +
+                         QLatin1Char(r % 2 ? 'X' : '7');
+            list.rows << TableRow{{QStringLiteral("A%1").arg(r), QStringLiteral("欧阳晓明"), cards.last(),
+                                   QStringLiteral("上海市浦东新区世纪大道一百号二十三楼"),
+                                   QStringLiteral("副经理"), QStringLiteral("人力资源部"),
+                                   QStringLiteral("13912345678"), QString(), QStringLiteral("江苏南京"),
+                                   QStringLiteral("本科"), QStringLiteral("会计"),
+                                   QStringLiteral("上海财经大学")},
+                                  0};
+        }
+        const TableDocument doc(list, {QStringLiteral("员工名单"), {}, {}});
+        QVERIFY(writePdf(doc, m_pdf));
+        double left = 15;
+        for (int c = 0; c < 2; ++c)
+            left += doc.columnWidths()[c];
+        const double right = left + doc.columnWidths()[2];
+        int found = 0;
+        for (int p = 1; p <= doc.pageCount(); ++p)
+            for (const PdfWord& w : pdfWords(m_pdf, p)) {
+                if (!cards.contains(w.text)) continue;
+                ++found;
+                QVERIFY2(w.mm.left() >= left - 0.1 && w.mm.right() <= right + 0.1,
+                         qPrintable(QStringLiteral("%1 at %2-%3, column %4-%5")
+                                        .arg(w.text)
+                                        .arg(w.mm.left())
+                                        .arg(w.mm.right())
+                                        .arg(left)
+                                        .arg(right)));
+            }
+        QCOMPARE(found, cards.size());
+    }
+
     void treePrintsAsOutline() {
         QTreeWidget tree;
         auto* root = new QTreeWidgetItem(&tree, {QStringLiteral("华东精密机械有限公司")});

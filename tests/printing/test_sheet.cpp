@@ -159,15 +159,18 @@ private slots:
         QVERIFY2(with > 30 && without == 0, qPrintable(QStringLiteral("%1 %2").arg(with).arg(without)));
     }
 
-    // Text wider than its cell: a value keeps its size on one line, a wrapped cell shrinks into it.
+    // Text wider than its cell: a value is made smaller and broken into lines until it shows whole,
+    // a wrapped cell shrinks into it.
     void longTextsStayOrShrink() {
         const QString longText =
             QStringLiteral("这是一段非常长的业绩说明文字需要在格子里缩小字号才能放得下的内容");
         addPerson(QStringLiteral("L001"), QStringLiteral("李长文"));
         exec(QStringLiteral("insert into tRsResult (fCode,fYear,fyj) values (?,?,?)"),
              {QStringLiteral("L001"), QStringLiteral("2020"), longText + longText + longText});
-        QVERIFY(writePdf(SheetDocument({QStringLiteral("L001")}, SheetSides::Back), m_pdf));
-        QVERIFY(pdfText(m_pdf, 1).contains(longText.left(20)));
+        const SheetDocument back({QStringLiteral("L001")}, SheetSides::Back);
+        QVERIFY(writePdf(back, m_pdf));
+        QVERIFY(pdfText(m_pdf, 1).contains(longText + longText + longText));
+        QVERIFY(back.misfits().isEmpty());
 
         // A caption the dictionary made longer than its cell wraps and shrinks, and comes out whole.
         const QString caption = QStringLiteral("现在居住的详细地址包括省市区县街道及门牌号码");
@@ -196,6 +199,65 @@ private slots:
         joined.remove(QLatin1Char('\n')).remove(QLatin1Char(' ')).remove(QLatin1Char('\f'));
         QCOMPARE(joined, longText);
         QVERIFY(out.trimmed().count(QLatin1Char('\n')) >= 1);
+    }
+
+    // On paper every value lies within its cell's ruled edges: the 18-digit identity card whole on
+    // one line, long posts, permit numbers and histories smaller or broken into lines. A value no
+    // size can hold is cut at the cell's foot and told: whose, which side and which field.
+    void valuesFitTheirCells() {
+        const QString card = QStringLiteral("110101199003071234");
+        addPerson(QStringLiteral("F001"), QStringLiteral("欧阳晓明"));
+        exec(QStringLiteral(
+                 "update tRsBasic set fSfz=?, fRz=?, staycode=?, fzy=?, fUnit=? where fCode='F001'"),
+             {card, QStringLiteral("人力资源部副经理兼培训主管"), QStringLiteral("沪暂字第20231234567号"),
+              QStringLiteral("计算机科学与技术"), QStringLiteral("华东精密机械有限公司苏州分公司")});
+        exec(QStringLiteral("insert into tRsWork (fCode,fYear,fBm,fRz,fWk,fType) values (?,?,?,?,?,2)"),
+             {QStringLiteral("F001"), QStringLiteral("2010.09-2015.06"),
+              QStringLiteral("华东精密机械有限公司技术部"), QStringLiteral("技术部副主任兼质量工程师"),
+              QStringLiteral("产品设计与工艺改进")});
+        exec(QStringLiteral("insert into tRsStudy (fCode,fYear,fXx,fZy,fType) values (?,?,?,?,1)"),
+             {QStringLiteral("F001"), QStringLiteral("2006-2010"), QStringLiteral("上海交通大学"),
+              QStringLiteral("机械设计制造及其自动化专业（卓越工程师计划）")});
+        const SheetDocument front({QStringLiteral("F001")}, SheetSides::Front);
+        QVERIFY(writePdf(front, m_pdf));
+        QVERIFY2(front.misfits().isEmpty(), qPrintable(front.misfits().join(QLatin1Char('\n'))));
+
+        const QVector<PdfWord> words = pdfWords(m_pdf, 1);
+        int cardWords = 0;
+        for (const PdfWord& w : words)
+            cardWords += w.text == card;
+        QCOMPARE(cardWords, 1); // whole, on one line
+        int checked = 0;
+        for (const SheetCell& cell : front.cells()) {
+            QString shown;
+            const QRectF edges = cell.mm.adjusted(-0.2, -0.2, 0.2, 0.2);
+            for (const PdfWord& w : words) {
+                if (!cell.mm.contains(w.mm.center())) continue;
+                QVERIFY2(edges.contains(w.mm),
+                         qPrintable(QStringLiteral("%1 \"%2\" leaves its cell").arg(cell.caption, w.text)));
+                shown += w.text;
+            }
+            QCOMPARE(shown, QString(cell.text).remove(QLatin1Char(' ')));
+            ++checked;
+        }
+        QVERIFY2(checked >= 15, qPrintable(QString::number(checked)));
+
+        // Sixty characters in the narrow cell of the body type: cut, and told on the screen and after
+        // printing.
+        exec(QStringLiteral("update tRsBasic set bodytype=? where fCode='F001'"),
+             {QStringLiteral("偏瘦").repeated(30)});
+        const SheetDocument told({QStringLiteral("F001")}, SheetSides::Front);
+        QVERIFY(writePdf(told, m_pdf));
+        QCOMPARE(told.misfits().size(), 1);
+        QVERIFY(told.misfits().first().contains(QStringLiteral("欧阳晓明")));
+        G().CurPersonCode = QStringLiteral("F001");
+        frmRs_PersonPnt screen;
+        screen.load();
+        QCOMPARE(screen.status(), told.misfits().first());
+        PrintOutput::setPdfPath(m_pdf);
+        m_prompts->clear();
+        QVERIFY(screen.cmdPrint_Click());
+        QVERIFY(m_prompts->messages().join(QString()).contains(told.misfits().first()));
     }
 
     // The blank sheet: frame and labels, no one's values, the branch left open.

@@ -41,4 +41,28 @@ bool pdfLandscape(const QString& pdf) {
     return m.captured(1).toDouble() > m.captured(2).toDouble();
 }
 
+QVector<PdfWord> pdfWords(const QString& pdf, int page) {
+    const QString html =
+        run(QStringLiteral("pdftotext"),
+            {QStringLiteral("-bbox"), QStringLiteral("-enc"), QStringLiteral("UTF-8"), QStringLiteral("-f"),
+             QString::number(page), QStringLiteral("-l"), QString::number(page), pdf, QStringLiteral("-")});
+    static const QRegularExpression word(QStringLiteral(
+        "<word xMin=\"([\\d.]+)\" yMin=\"([\\d.]+)\" xMax=\"([\\d.]+)\" yMax=\"([\\d.]+)\">([^<]*)</word>"));
+    constexpr double mmPerPoint = 25.4 / 72;
+    QVector<PdfWord> words;
+    for (auto it = word.globalMatch(html); it.hasNext();) {
+        const QRegularExpressionMatch m = it.next();
+        const double x0 = m.captured(1).toDouble(), y0 = m.captured(2).toDouble();
+        const double x1 = m.captured(3).toDouble(), y1 = m.captured(4).toDouble();
+        QString text = m.captured(5);
+        text.replace(QStringLiteral("&amp;"), QStringLiteral("&"))
+            .replace(QStringLiteral("&lt;"), QStringLiteral("<"))
+            .replace(QStringLiteral("&gt;"), QStringLiteral(">"))
+            .replace(QStringLiteral("&quot;"), QStringLiteral("\""));
+        words.append(
+            {text, QRectF(x0 * mmPerPoint, y0 * mmPerPoint, (x1 - x0) * mmPerPoint, (y1 - y0) * mmPerPoint)});
+    }
+    return words;
+}
+
 } // namespace zq::test

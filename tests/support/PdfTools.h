@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QRectF>
 #include <QString>
 #include <QStringList>
+#include <QVector>
 
 namespace zq::test {
 
@@ -14,5 +16,13 @@ int pdfPages(const QString& pdf);
 // Pictures placed in a PDF.
 int pdfImages(const QString& pdf);
 bool pdfLandscape(const QString& pdf);
+
+// The words of one page (from 1) with their boxes in millimetres from the paper's top left corner,
+// as the reader places them (pdftotext -bbox): what a page shows, not only what its text holds.
+struct PdfWord {
+    QString text;
+    QRectF mm;
+};
+QVector<PdfWord> pdfWords(const QString& pdf, int page);
 
 } // namespace zq::test

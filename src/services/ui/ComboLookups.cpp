@@ -3,7 +3,10 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
+#include <QFontMetrics>
+#include <QStyle>
 
 namespace zq {
 
@@ -52,6 +55,21 @@ void FillUnitCombo(QComboBox* combo) {
     for (; !rs.eof(); rs.moveNext())
         combo->addItem(rs.text(0));
     chooseNone(combo);
+}
+
+void ShowWholeNames(QComboBox* combo) {
+    QAbstractItemView* list = combo->view();
+    list->setTextElideMode(Qt::ElideNone);
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    const QFontMetrics fm(list->font());
+    int widest = 0;
+    for (int i = 0; i < combo->count(); ++i)
+        widest = qMax(widest, fm.horizontalAdvance(combo->itemText(i)));
+    // Room for the list's frame and its scroll bar beside the longest name.
+    list->setMinimumWidth(widest + 2 * list->frameWidth() +
+                          list->style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 16);
+    // An editable box would shrink below its longest name in a layout; up to a sane width it may not.
+    combo->setMinimumWidth(qMin(combo->sizeHint().width(), 480));
 }
 
 int ComboIndexOf(const QComboBox* combo, const QString& text) {

@@ -18,6 +18,9 @@ void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix
                    qint16 withCode);
 // Clears the combo and lists the distinct units (fUnit) of the staff.
 void FillUnitCombo(QComboBox* combo);
+// Lets a filled combo show its entries whole, in its box and in its list, never cut in the
+// middle: long names that differ only at their ends (sub-units) stay apart.
+void ShowWholeNames(QComboBox* combo);
 // Index of the first item equal to the text (case-sensitive), -1 when none.
 int ComboIndexOf(const QComboBox* combo, const QString& text);
 
