@@ -56,14 +56,14 @@ public:
         text(s, l, r, row, width > r - l - 48 ? -1 : 1);
     }
     // A value cell: framed, the value fitted in whole (see FitTextCell) and noted with its caption.
-    void value(const QString& caption, const QString& s, double l, double r, int row) {
+    void value(const QString& caption, const QString& s, double l, double r, int row, bool oneLine = false) {
         box(l, rowTop(row), r, rowTop(row + 1));
-        if (m_values) place(caption, s, l, r, rowTop(row));
+        if (m_values) place(caption, s, l, r, rowTop(row), oneLine);
     }
-    void place(const QString& caption, const QString& s, double l, double r, double top) {
+    void place(const QString& caption, const QString& s, double l, double r, double top, bool oneLine = false) {
         const QString shown = s.trimmed();
         if (shown.isEmpty()) return;
-        const bool fits = FitTextCell(c, shown, l, r, top, g.row());
+        const bool fits = FitTextCell(c, shown, l, r, top, g.row(), kBasePoints, oneLine);
         if (m_cells)
             m_cells->append({QString(caption).remove(QLatin1Char(' ')), shown,
                              QRectF(mm(l), mm(top), mm(r - l), mm(g.row())), fits});
@@ -84,7 +84,10 @@ public:
         for (int i = 0; i < rows; ++i) {
             int k = 0;
             for (const Column& col : columns) {
-                value(captions.at(k), data.value(i).value(k), g.c[col.from], g.c[col.to], row + 1 + i);
+                // The results keep their one line, as the sheet has always printed them; one too
+                // long for it is cut and told.
+                value(captions.at(k), data.value(i).value(k), g.c[col.from], g.c[col.to], row + 1 + i,
+                      tableName == QLatin1String("tRsResult") && qstrcmp(col.field, "fyj") == 0);
                 ++k;
             }
         }
@@ -392,7 +395,7 @@ void PrintTextCell(Canvas& c, const QString& text, double& left, double& right, 
 }
 
 bool FitTextCell(Canvas& c, const QString& text, double left, double right, double top, double height,
-                 double points) {
+                 double points, bool oneLine) {
     if (text.isEmpty()) return true;
     const double avail = right - left - 48;
     if (avail <= 0) return false;
@@ -425,6 +428,11 @@ bool FitTextCell(Canvas& c, const QString& text, double left, double right, doub
     // A number may go a little smaller than text: the 18 digits of an identity card fill the
     // narrowest value cell at about 5.75 points.
     constexpr double kOneLineSmallest = 7, kSmallest = 6, kWordSmallest = 5, kStep = 0.25;
+    if (oneLine) {
+        const bool fits = widthAt(points) <= avail;
+        draw({text}, points, !fits);
+        return fits;
+    }
     for (double size = points; size >= kOneLineSmallest; size -= kStep)
         if (widthAt(size) <= avail) {
             draw({text}, size, false);

@@ -52,9 +52,10 @@ void PrintTextCell(Canvas& canvas, const QString& text, double& left, double& ri
 // fits; else smaller on one line, down to 7 points; else broken into lines at the largest size
 // whose lines fit the cell's height, down to 6 points, numbers kept whole (down to 5 points) where
 // some size allows it. False when not even that holds it: it is
-// then drawn at 6 points and cut at the cell's foot, and the caller tells the user.
+// then drawn at 6 points and cut at the cell's foot, and the caller tells the user. A value that
+// must keep its one line at its size (`oneLine`) is cut at the cell's edge instead.
 bool FitTextCell(Canvas& canvas, const QString& text, double left, double right, double top, double height,
-                 double points = 9);
+                 double points = 9, bool oneLine = false);
 
 // The sheets of a list of persons, each printed on the sides asked for and as many times as asked.
 // A person is read when its first page is drawn, so a batch of thousands is drawn as it goes with
