@@ -93,28 +93,52 @@ QString PagedRows::beyond(Way way, const QVariantList& at, QVariantList& binds) 
 }
 
 PagedRows::Page PagedRows::read(Way way, const QVariantList& at, int limit) const {
-    QVariantList binds;
-    for (const QString& k : m_excluded)
-        binds << k;
-    QString sql = QStringLiteral("select ") + m_query.columns.join(QLatin1Char(',')) + QLatin1Char(',') +
-                  keyList() + QStringLiteral(" from ") + m_query.from + where(true);
-    if (!at.isEmpty()) sql += QStringLiteral(" and (") + beyond(way, at, binds) + QLatin1Char(')');
-    sql += orderBy(way) + QStringLiteral(" limit ") + QString::number(limit);
     Page page;
     const int keys = int(m_order.size());
-    VisitRows(sql, binds, [&](const QSqlQuery& q) {
-        const int shown = q.record().count() - keys;
-        QStringList cells;
-        cells.reserve(shown);
-        for (int j = 0; j < shown; ++j)
-            cells << textOf(q.value(j));
-        QVariantList key;
-        for (int j = 0; j < keys; ++j)
-            key << q.value(shown + j);
-        if (page.rows.isEmpty()) page.first = key;
-        page.last = std::move(key);
-        page.rows << std::move(cells);
-    });
+    // Rows come in the order the statements walk: for Backward the page's last row first.
+    const auto scan = [&](const QString& range, const QVariantList& rangeBinds, int want) {
+        QVariantList binds;
+        for (const QString& k : m_excluded)
+            binds << k;
+        QString sql = QStringLiteral("select ") + m_query.columns.join(QLatin1Char(',')) + QLatin1Char(',') +
+                      keyList() + QStringLiteral(" from ") + m_query.from + where(true);
+        if (!range.isEmpty()) {
+            sql += QStringLiteral(" and ") + range;
+            binds += rangeBinds;
+        }
+        if (!at.isEmpty()) {
+            const QString past = beyond(way, at, binds);
+            // Behind a range of the sorted column the rest of the order only filters: left to the
+            // index, its alternatives would be gathered whole and sorted.
+            sql += QStringLiteral(" and (") +
+                   (range.isEmpty() ? past : conn().dialect().filterAfterOrder(past)) + QLatin1Char(')');
+        }
+        sql += orderBy(way) + QStringLiteral(" limit ") + QString::number(want);
+        VisitRows(sql, binds, [&](const QSqlQuery& q) {
+            const int shown = q.record().count() - keys;
+            QStringList cells;
+            cells.reserve(shown);
+            for (int j = 0; j < shown; ++j)
+                cells << textOf(q.value(j));
+            QVariantList key;
+            for (int j = 0; j < keys; ++j)
+                key << q.value(shown + j);
+            if (page.rows.isEmpty()) page.first = key;
+            page.last = std::move(key);
+            page.rows << std::move(cells);
+        });
+    };
+    if (keys > 1 && !at.isEmpty() && !at.first().isNull()) {
+        // A list sorted by a column, read beyond a row: along the column's index from the row's
+        // value, so that the engine stops after a page; its nulls, where they lie ahead, after.
+        const SortKey& sorted = m_order.first();
+        const bool greater = sorted.desc == (way == Way::Backward);
+        scan(sorted.expr + (greater ? QStringLiteral(" >= ?") : QStringLiteral(" <= ?")), {at.first()}, limit);
+        if (greater != m_nullsFirst && page.rows.size() < limit)
+            scan(sorted.expr + QStringLiteral(" is null"), {}, limit - int(page.rows.size()));
+    } else {
+        scan(QString(), {}, limit);
+    }
     if (way == Way::Backward) {
         std::reverse(page.rows.begin(), page.rows.end());
         std::swap(page.first, page.last);
@@ -158,6 +182,17 @@ PagedRows::Page PagedRows::fetch(int p) {
     if (auto it = m_pages.constFind(p + 1); it != m_pages.constEnd() && !it->first.isEmpty())
         return read(Way::Backward, it->first, want);
     if (p == lastPage) return read(Way::Backward, {}, want);
+    // Within a few pages of either end the pages towards that end are read first: a view left at
+    // the foot of a list that was sorted again asks for the page before the last before the last.
+    // A few pages cost less than the edges of every page.
+    constexpr int kNearEnd = 4;
+    if (p <= kNearEnd) {
+        const Page& before = page(p - 1);
+        if (!before.last.isEmpty()) return read(Way::Forward, before.last, want);
+    } else if (lastPage - p <= kNearEnd) {
+        const Page& after = page(p + 1);
+        if (!after.first.isEmpty()) return read(Way::Backward, after.first, want);
+    }
     if (!m_anchorsRead) readAnchors();
     if (p - 1 < m_anchors.size()) return read(Way::Forward, m_anchors[p - 1], want);
     return {}; // the list shrank under us: blank until refreshed
