@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shell/DbError.h"
 #include "shell/Recordset.h"
 
 #include <functional>
@@ -86,7 +87,18 @@ private:
     bool leaveChangedDescriptions(QTreeWidgetItem* previous);
     qint32 numberColor() const;
     void setNumberColor(const QColor& color);
-    template <typename F> void guarded(F&& f);
+    // Runs a handler; a database error is told and ends any filling.
+    template <typename F> void guarded(F&& f) {
+        try {
+            f();
+        } catch (const DbError& e) {
+            failed(e);
+        }
+    }
+    void failed(const DbError& e);
+    static QColor defaultColor();
+    // A stripe of colour and text that says what the screen is doing.
+    static void paintBanner(QLabel* banner, const QString& text, const QColor& color);
 
     bool m_loaded = false;
     bool m_filling = false;
