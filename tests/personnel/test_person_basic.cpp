@@ -326,12 +326,14 @@ private slots:
     void photoRoundTrip() {
         QTemporaryDir dir;
         G().PowerPath = dir.path();
+        const auto picture = [&dir](const char* name, const QByteArray& bytes) {
+            const QString path = dir.filePath(QLatin1String(name));
+            QFile out(path);
+            return out.open(QIODevice::WriteOnly) && out.write(bytes) == bytes.size() ? path : QString();
+        };
         const QByteArray jpeg = demo::portraitJpeg(3);
-        const QString file = dir.filePath("face.jpg");
-        QFile out(file);
-        QVERIFY(out.open(QIODevice::WriteOnly));
-        out.write(jpeg);
-        out.close();
+        const QString file = picture("face.jpg", jpeg);
+        QVERIFY(!file.isEmpty());
         {
             auto f = screen(1);
             fillRequired(*f, "P01", "某人");
@@ -354,11 +356,8 @@ private slots:
             QCOMPARE(PersonPhoto("P01"), jpeg);
         }
         const QByteArray other = demo::portraitJpeg(5);
-        const QString otherFile = dir.filePath("other.jpg");
-        QFile second(otherFile);
-        QVERIFY(second.open(QIODevice::WriteOnly));
-        second.write(other);
-        second.close();
+        const QString otherFile = picture("other.jpg", other);
+        QVERIFY(!otherFile.isEmpty());
         {
             // Another client's new photo, stored while this one was open, is neither cleared nor
             // overwritten by a save that chose or removed none...
