@@ -1,5 +1,7 @@
 #include "Documents.h"
 
+#include "WordBinary.h"
+
 #include <QDesktopServices>
 #include <QFile>
 #include <QFileInfo>
@@ -172,7 +174,7 @@ QString paragraphs(QString text) {
     return text;
 }
 
-// The older binary word-processor format goes through a converter, when one is installed.
+// The converter's view of the binary word-processor format.
 QString convertedDoc(const QString& path) {
     struct Converter {
         const char* program;
@@ -197,6 +199,25 @@ QString convertedDoc(const QString& path) {
         return paragraphs(QString::fromUtf8(p.readAllStandardOutput()).trimmed());
     }
     return {};
+}
+
+// The older binary word-processor format is read here; what this reader does not take (the versions
+// before 1997) goes through a converter, when one is installed.
+QString binaryDoc(QFile& f) {
+    // Pictures make such files large, but past this they are not papers a clerk files.
+    constexpr qint64 kMaxBinary = 256ll * 1024 * 1024;
+    if (f.size() > kMaxBinary) return {};
+    QString text;
+    switch (ReadWordBinaryText(f.readAll(), &text)) {
+    case WordBinaryResult::Read:
+        return text;
+    case WordBinaryResult::Encrypted:
+        return {};
+    case WordBinaryResult::NotWord:
+    case WordBinaryResult::Broken:
+        break;
+    }
+    return convertedDoc(f.fileName());
 }
 
 bool isZip(const QByteArray& head) {
@@ -245,10 +266,7 @@ QString ReadDocumentText(const QString& path) {
         }
         return xmlText(readZipMember(path, "content.xml"), odtMarkup());
     }
-    if (isCompoundFile(head)) {
-        f.close();
-        return convertedDoc(path);
-    }
+    if (isCompoundFile(head)) return binaryDoc(f);
     if (suffix == QLatin1String("txt") || suffix == QLatin1String("text")) {
         const qint64 size = f.size();
         if (size > qint64(kMaxPart)) return {};

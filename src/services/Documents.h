@@ -16,8 +16,8 @@ bool OpenDocument(const QString& path);
 using DocumentOpener = std::function<bool(const QString& path)>;
 void setDocumentOpener(DocumentOpener opener);
 
-// The whole plain text of a document: .txt (UTF-8, else GB18030), .docx, .odt, and .doc through a
-// converter when one is installed. Paragraphs end with a carriage return, as a word processor hands
+// The whole plain text of a document: .txt (UTF-8, else GB18030), .docx, .odt and .doc (the versions
+// before 1997 through a converter, when one is installed). Paragraphs end with a carriage return, as a word processor hands
 // its text over (ClipTextLines cuts at them). Empty for a missing file or a format that cannot be
 // read.
 QString ReadDocumentText(const QString& path);

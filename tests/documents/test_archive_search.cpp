@@ -74,6 +74,9 @@ private slots:
                           path(QStringLiteral("yard.jpg")), true);
         IndexArchiveEntry(QStringLiteral("02"), QStringLiteral("技术文件"), false, QStringLiteral("试用期"),
                           {}, false);
+        // An older binary document, as another maker's word processor wrote it.
+        IndexArchiveEntry(QStringLiteral("0201003"), QStringLiteral("调动通知"), true, {},
+                          QStringLiteral(ZQ_TEST_FILES "/rev.doc"), false);
         t.commit();
 
         QCOMPARE(found(QStringLiteral("试用期")), QStringList{QStringLiteral("0101001")});
@@ -85,6 +88,11 @@ private slots:
         QCOMPARE(FindInArchive(QStringLiteral("报销")).value(0).line,
                  QStringLiteral("费用报销须经部门经理签字。"));
         QCOMPARE(found(QStringLiteral("安全生产")), QStringList{QStringLiteral("0201001")});
+        // Characters outside the basic plane are words too; what the writer deleted is not.
+        QCOMPARE(found(QStringLiteral("𠀀𪚥")), QStringList{QStringLiteral("0201003")});
+        QCOMPARE(found(QStringLiteral("通知𠀀")), QStringList{QStringLiteral("0201003")});
+        QVERIFY(found(QStringLiteral("旧句子")).isEmpty());
+        QCOMPARE(found(QStringLiteral("公司网站")), QStringList{QStringLiteral("0201003")});
         // Latin words by their start, whatever the case and the punctuation.
         QCOMPARE(found(QStringLiteral("zq-001")), QStringList{QStringLiteral("0201002")});
         QCOMPARE(found(QStringLiteral("Z")), QStringList{QStringLiteral("0201002")});

@@ -1,5 +1,6 @@
 #include "services/Documents.h"
 #include "services/InputAids.h"
+#include "services/WordBinary.h"
 
 #include "ZipFiles.h"
 
@@ -9,6 +10,7 @@
 #include <QStringEncoder>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtEndian>
 
 using namespace zq;
 
@@ -52,6 +54,11 @@ class TestDocuments : public QObject {
     QTemporaryDir m_dir;
 
     QString path(const QString& name) { return m_dir.filePath(name); }
+    static QString file(const char* name) { return QStringLiteral(ZQ_TEST_FILES "/") + QLatin1String(name); }
+    static QByteArray readFile(const QString& p) {
+        QFile f(p);
+        return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    }
 
 private slots:
     void plainTextInUtf8AndGb18030() {
@@ -117,6 +124,77 @@ private slots:
                    "</office:text></office:body></office:document-content>"}});
         QCOMPARE(ReadDocumentText(path(QStringLiteral("note.odt"))),
                  QStringLiteral("人员调动通知如下\r见附件\r第二段\r下一段"));
+    }
+
+    // Binary documents as another maker's word processor writes them (tests/files/make-docs.sh): characters
+    // outside the basic plane whole, a deleted revision left out and an inserted one kept, a link's
+    // field code out and its text in, table cells and notes as lines.
+    void binaryDocumentsFromAnotherWordProcessor() {
+        QCOMPARE(ReadDocumentText(file("rev.doc")),
+                 QStringLiteral("人员调动通知𠀀𪚥 ABC\r保留的开头保留的结尾新加的\r人员调动通知如下\r链接：公司网站结束\r"
+                                "姓名\r部门\r张三\r财务部\rPlain ASCII line – café “quoted” €\r见附件"));
+        // Long enough for its character properties to fill many pages, with a deletion near the end
+        // and a text box read after the body.
+        const QString text = ReadDocumentText(file("long.doc"));
+        QCOMPARE(text.count(QStringLiteral("𠀀")), 1000);
+        QVERIFY(text.contains(QStringLiteral("Paragraph 1900 of the staff handbook.\r末尾之前之后\r第1901段")));
+        QVERIFY(!text.contains(QStringLiteral("删掉")));
+        QVERIFY(text.endsWith(QStringLiteral("第1999段 人员档案 𠀀 paragraph 1999\r文本框前文本框后\r框里的字")));
+    }
+
+    // The format keeps runs of plain letters one byte a character, in the 1252 code page; the other
+    // writer never does, so its file is turned into one that does.
+    void binaryDocumentsWithOneByteText() {
+        QByteArray doc = readFile(file("ascii.doc"));
+        const QString line = QStringLiteral("Only plain letters here, nothing else.");
+        const QByteArray wide(reinterpret_cast<const char*>(line.utf16()), line.size() * 2);
+        const qsizetype text = doc.indexOf(wide);
+        QVERIFY(text > 0 && text % 512 == 0);
+        // The one piece of its table (characters 0 to 52), two-byte and at offset 2048 of its stream.
+        const QByteArray piece = QByteArray::fromHex("02100000000000000034000000");
+        const qsizetype table = doc.indexOf(piece);
+        QVERIFY(table > 0);
+        const qsizetype fc = table + piece.size() + 2;
+        QCOMPARE(qFromLittleEndian<quint32>(doc.constData() + fc), 2048u);
+        qToLittleEndian<quint32>((2048u * 2) | 0x40000000u, doc.data() + fc);
+        const QByteArray narrow = "Only \x80 letters, \x93quoted\x94 and caf\xE9 all.\rSecond line.\r";
+        doc.replace(text, narrow.size(), narrow);
+        writeFile(path(QStringLiteral("narrow.doc")), doc);
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("narrow.doc"))),
+                 QStringLiteral("Only € letters, “quoted” and café all.\rSecond line."));
+    }
+
+    // A file protected by a password has no text to give; a cut one gives none rather than garbage.
+    void binaryDocumentsLockedOrCut() {
+        QByteArray doc = readFile(file("rev.doc"));
+        qsizetype stream = 0;
+        while ((stream = doc.indexOf("\xEC\xA5", stream + 1)) > 0 && stream % 512 != 0) {
+        }
+        QVERIFY(stream > 0);
+        writeFile(path(QStringLiteral("cut.doc")), doc.left(stream + 1024));
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("cut.doc"))), QString());
+        QByteArray locked = doc;
+        locked[stream + 0x0B] = char(locked[stream + 0x0B] | 0x01); // the flag "encrypted"
+        writeFile(path(QStringLiteral("locked.doc")), locked);
+        QCOMPARE(ReadDocumentText(path(QStringLiteral("locked.doc"))), QString());
+
+        // Damage anywhere reads as nothing or as some text, never past the file (the sanitizer
+        // build runs this too).
+        quint32 seed = 1;
+        const auto next = [&seed] { return seed = seed * 1664525u + 1013904223u; };
+        for (const char* name : {"rev.doc", "long.doc"}) {
+            const QByteArray original = readFile(file(name));
+            for (int round = 0; round < 400; ++round) {
+                QByteArray damaged = original;
+                // Mostly where the file's structures are: its first sectors.
+                for (int i = 0; i < 8; ++i) {
+                    const quint32 span = i % 2 ? quint32(damaged.size()) : qMin(12288u, quint32(damaged.size()));
+                    damaged[qsizetype(next() % span)] = char(next() >> 24);
+                }
+                QString text;
+                ReadWordBinaryText(damaged, &text);
+            }
+        }
     }
 
     void unreadableGivesNothing() {
