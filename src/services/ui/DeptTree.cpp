@@ -306,18 +306,27 @@ int digits(double v) {
 constexpr int kMeasuredTree = 5000;
 
 // Gives the first column of a large tree the width of its widest row, measured on the one row
-// whose text and depth look widest, instead of the header asking every row for its size.
+// whose text and depth look widest, instead of the header asking every row for its size; a tree
+// measured so and filled small again sizes itself as before.
 void fitFirstColumn(QTreeWidget* tree, CodeNode* widest, int depth) {
+    static const char* const kMeasured = "zqMeasuredColumn";
     QHeaderView* header = tree->header();
-    if (!widest || header->sectionResizeMode(0) != QHeaderView::ResizeToContents) return;
+    const bool measured = tree->property(kMeasured).toBool();
+    if (!measured && header->sectionResizeMode(0) != QHeaderView::ResizeToContents) return;
+    if (!widest) {
+        if (measured) header->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+        tree->setProperty(kMeasured, QVariant());
+        return;
+    }
     QString text = widest->data(0, Qt::DisplayRole).toString();
-    text.replace(QLatin1Char('\t'), QStringLiteral("\u3000"));
+    text.replace(QLatin1Char('\t'), QChar(0x3000));
     const QFontMetrics fm(tree->font());
     const int icon = tree->iconSize().isValid() ? tree->iconSize().width()
                                                 : tree->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, tree);
     // Indentation per level and the root's, the icon, the text and a margin of two characters.
     const int width = tree->indentation() * (depth + 1) + icon + fm.horizontalAdvance(text) +
                       2 * fm.averageCharWidth() + 8;
+    tree->setProperty(kMeasured, true);
     header->setSectionResizeMode(0, QHeaderView::Interactive);
     header->resizeSection(0, width);
 }
@@ -483,7 +492,7 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     tree->addTopLevelItem(top);
     NodeKeys::of(tree)->set(std::move(map));
     top->setExpanded(true);
-    if (widest) fitFirstColumn(tree, widest, widestDepth);
+    fitFirstColumn(tree, widest, widestDepth);
 }
 
 void RefreshTreeCounts(QTreeWidget* tree, const QString& table, qint32 state, bool warnOverQuota) {
