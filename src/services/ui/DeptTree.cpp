@@ -6,18 +6,18 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <QAbstractItemModel>
-#include <QHash>
-#include <cmath>
-#include <QSqlQuery>
-#include <QStyle>
 #include <QFontMetrics>
+#include <QHash>
 #include <QHeaderView>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <QSqlQuery>
+#include <QStyle>
 #include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>

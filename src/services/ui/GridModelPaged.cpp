@@ -49,12 +49,13 @@ void GridModel::loadPaged(std::unique_ptr<PagedRows> rows) {
         pagedCall([&] {
             for (int r = 1; r <= std::min(m_pagedCount, int(PagedRows::kPageRows)); ++r) {
                 const QStringList& cells = m_paged->row(r);
-                for (int c = 1; c <= std::min(cols, int(cells.size()) - skip); ++c)
-                    if (const QString& cell = cells[c - 1 + skip];
-                        gridcells::textUnits(cell) > widest[size_t(c)]) {
-                        widest[size_t(c)] = gridcells::textUnits(cell);
+                for (int c = 1; c <= std::min(cols, int(cells.size()) - skip); ++c) {
+                    const QString& cell = cells[c - 1 + skip];
+                    if (const int units = gridcells::textUnits(cell); units > widest[size_t(c)]) {
+                        widest[size_t(c)] = units;
                         m_cols[c].widest = cell;
                     }
+                }
             }
         });
     }
