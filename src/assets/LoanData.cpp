@@ -83,10 +83,23 @@ const QStringList& CardFields() {
     return f;
 }
 
-QString LoanSeekSql(const QString& table, const QString& fieldList, const QVector<SeekInput>& rows) {
-    QString sql = QStringLiteral("select ") + QualifyFieldList(QStringLiteral("a"), fieldList) +
-                  QStringLiteral(",b.fbmcode from ") + table +
-                  QStringLiteral(" a Inner join trsbasic b On a.fcode=b.fcode where 1=1");
+PagedQuery LoanSeekPaged(const QString& table, const QString& fieldList, const QVector<SeekInput>& rows) {
+    // A loan of a person outside the clerk's departments (with no department at all, while the
+    // scope is empty) is counted and numbered but shows blank, its key with it.
+    QString inScope = QStringLiteral("b.fbmcode<>''");
+    if (const QString scope = G().DeptScope; !scope.isEmpty())
+        inScope += QStringLiteral(" and ") + conn().dialect().like(QStringLiteral("b.fbmcode"),
+                                                                    quoted(QLatin1Char('%') + scope + QLatin1Char('%')));
+    PagedQuery q;
+    const QStringList fields = fieldList.split(QLatin1Char(','));
+    for (const QString& f : fields)
+        q.columns << QStringLiteral("case when ") + inScope + QStringLiteral(" then a.") + f + QStringLiteral(" end");
+    q.headerColumn = true;
+    q.key = QStringLiteral("a.fID");
+    q.keyColumn = int(fields.indexOf(QRegularExpression(QStringLiteral("^fid$"),
+                                                        QRegularExpression::CaseInsensitiveOption))) + 1;
+    q.from = table + QStringLiteral(" a Inner join trsbasic b On a.fcode=b.fcode");
+    q.condition = QStringLiteral("1=1");
     static const char* const likeColumns[] = {"a.fcode", "a.fname", "goodsname", "model", nullptr, nullptr,
                                               nullptr,   nullptr,   "lyxz",      nullptr, nullptr, "demo"};
     static const char* const rangeColumns[] = {"geshu", "price", "total", "useyear"};
@@ -94,13 +107,14 @@ QString LoanSeekSql(const QString& table, const QString& fieldList, const QVecto
         const SeekInput& r = rows.at(i);
         if (!r.ticked) continue;
         if (likeColumns[i])
-            sql += like(QLatin1String(likeColumns[i]), WildcardToLike(r.a));
+            q.condition += like(QLatin1String(likeColumns[i]), WildcardToLike(r.a));
         else if (i >= 4 && i <= 7)
-            sql += range(QLatin1String(rangeColumns[i - 4]), r);
+            q.condition += range(QLatin1String(rangeColumns[i - 4]), r);
         else
-            sql += dates(i == 9 ? QStringLiteral("loantime") : QStringLiteral("backtime"), r);
+            q.condition += dates(i == 9 ? QStringLiteral("a.loantime") : QStringLiteral("a.backtime"), r);
     }
-    return sql + QStringLiteral(" order by a.fcode,loantime desc");
+    q.order = QStringList{QStringLiteral("a.fcode"), QStringLiteral("a.loantime desc")};
+    return q;
 }
 
 QString CardSeekSql(const QVector<SeekInput>& rows) {

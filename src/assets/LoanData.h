@@ -1,5 +1,6 @@
 #pragma once
 
+#include "services/PagedRows.h"
 #include "shell/Recordset.h"
 
 #include <QDate>
@@ -35,9 +36,12 @@ struct SeekInput {
     QDate d2;
 };
 
-// The search statement of the loans over the grid's field list: the ticked rows in order, persons
-// still on the register only. Values enter through quoting: a quote fails the statement.
-QString LoanSeekSql(const QString& table, const QString& fieldList, const QVector<SeekInput>& rows);
+// The search of the loans over the grid's field list, read as it is shown: the ticked rows in order,
+// persons still on the register only. The first field fills the row headers (the loan's key when the
+// dictionary lists fID first); a loan of a person outside the clerk's departments shows blank.
+// Values enter through quoting: a quote fails the statement. Ordered by person, each person's newest
+// loan first, then by key.
+PagedQuery LoanSeekPaged(const QString& table, const QString& fieldList, const QVector<SeekInput>& rows);
 // The search statement of the certificates.
 QString CardSeekSql(const QVector<SeekInput>& rows);
 

@@ -3,6 +3,7 @@
 #include "assets/LoanData.h"
 #include "printing/Print.h"
 #include "services/InputAids.h"
+#include "services/PagedRows.h"
 #include "services/ui/BriefDialog.h"
 #include "services/ui/GridExport.h"
 #include "services/ui/Grid.h"
@@ -318,22 +319,33 @@ void SeekEntryScreen::setEntryMode(bool entry) {
 
 void SeekEntryScreen::cmdSeek_Click() {
     if (!prepareSeek()) return;
+    PagedQuery query;
+    if (seekPaged(query)) {
+        Hourglass wait;
+        // Counted before the grid changes: a statement the database refuses leaves it as it was.
+        auto rows = std::make_unique<PagedRows>(std::move(query));
+        m_grid->setMaxRows(0);
+        if (listMatches(rows->count())) m_grid->loadPaged(std::move(rows));
+        return;
+    }
     const QString sql = seekSql();
     Hourglass wait;
     Recordset rs(conn(), sql, Cursor::Static);
     m_grid->setMaxRows(0);
-    const int n = rs.recordCount();
-    m_sbar->showMessage(QStringLiteral("共 %1 条记录").arg(n));
-    if (n == 0) {
-        tell(QStringLiteral("没有符合条件的记录！"));
-        return;
-    }
-    if (n > rowLimit() && ShowMsg(QStringLiteral("要列示的记录太多,是否增加过滤条件!"), vbYesNo + vbQuestion,
-                                  windowTitle()) == vbYes)
-        return;
+    if (!listMatches(rs.recordCount())) return;
     m_grid->setRedraw(false);
     fillGrid(rs);
     m_grid->setRedraw(true);
+}
+
+bool SeekEntryScreen::listMatches(int n) {
+    m_sbar->showMessage(QStringLiteral("共 %1 条记录").arg(n));
+    if (n == 0) {
+        tell(QStringLiteral("没有符合条件的记录！"));
+        return false;
+    }
+    return n <= rowLimit() || ShowMsg(QStringLiteral("要列示的记录太多,是否增加过滤条件!"), vbYesNo + vbQuestion,
+                                      windowTitle()) != vbYes;
 }
 
 void SeekEntryScreen::cmdAdd_Click() {

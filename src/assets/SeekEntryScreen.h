@@ -20,6 +20,8 @@ class QStatusBar;
 
 namespace zq {
 
+struct PagedQuery;
+
 class Recordset;
 class ZqGrid;
 struct EntryCheck;
@@ -68,10 +70,16 @@ protected:
     // The entry fields in label order, for the brief types.
     virtual const QStringList& fields() const = 0;
     // The statement of the ticked rows; throws DbError when a value cannot enter it.
-    virtual QString seekSql() = 0;
+    virtual QString seekSql() { return {}; }
+    // A search read as it is shown instead: true with the list taken apart in `query`. Throws as
+    // seekSql().
+    virtual bool seekPaged(PagedQuery& query) {
+        (void)query;
+        return false;
+    }
     virtual int rowLimit() const = 0;
     // Writes the rows of an opened search into the grid.
-    virtual void fillGrid(Recordset& rs) = 0;
+    virtual void fillGrid(Recordset& rs) { (void)rs; }
     // Prepares the panel for a new row, or for the active grid row (false stops).
     virtual void startAdding() = 0;
     virtual bool startChanging() = 0;
@@ -140,6 +148,8 @@ protected:
     int m_tagLabel = -1;
 
 private:
+    // The count in the status bar, and whether to list `n` matches: none is told, too many asked.
+    bool listMatches(int n);
     void wireBox(QLineEdit* box);
     void orderTabs();
 };

@@ -90,7 +90,7 @@ bool frmRs_Goods::prepareSeek() {
     return true;
 }
 
-QString frmRs_Goods::seekSql() {
+bool frmRs_Goods::seekPaged(PagedQuery& query) {
     QVector<SeekInput> rows(12);
     for (int i = 0; i < 12; ++i) {
         SeekInput& r = rows[i];
@@ -101,30 +101,9 @@ QString frmRs_Goods::seekSql() {
         if (auto* d = qobject_cast<QDateEdit*>(in.value(0))) r.d1 = d->date();
         if (auto* d = qobject_cast<QDateEdit*>(in.value(1))) r.d2 = d->date();
     }
-    return LoanSeekSql(table(), m_fields, rows);
-}
-
-void frmRs_Goods::fillGrid(Recordset& rs) {
-    const int last = rs.fieldCount() - 1; // fbmcode
-    QVector<QStringList> rows;
-    QStringList heads;
-    rows.reserve(rs.recordCount());
-    for (; !rs.eof(); rs.moveNext()) {
-        QStringList cells;
-        QString head;
-        // A row of a person without a department stays blank.
-        const QString dept = rs.text(last);
-        if (!dept.isEmpty() && dept.contains(G().DeptScope)) {
-            head = rs.text(0);
-            for (int j = 1; j < last; ++j)
-                cells << rs.text(j);
-        }
-        rows << cells;
-        heads << head;
-    }
-    m_grid->loadRows(rows);
-    for (int r = 0; r < heads.size(); ++r)
-        m_grid->setText(r + 1, 0, heads.at(r));
+    // A common kind of goods matches tens of thousands of loans: they are read as they come into view.
+    query = LoanSeekPaged(table(), m_fields, rows);
+    return true;
 }
 
 QString frmRs_Goods::activeKey() const {

@@ -23,9 +23,8 @@ protected:
     QString modelKey() const override;
     QString table() const override;
     const QStringList& fields() const override;
-    QString seekSql() override;
+    bool seekPaged(PagedQuery& query) override;
     int rowLimit() const override { return 100; }
-    void fillGrid(Recordset& rs) override;
     void startAdding() override;
     bool startChanging() override;
     void deleteActive() override;

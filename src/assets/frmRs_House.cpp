@@ -127,7 +127,8 @@ void frmRs_House::buildTree() {
     m_filling = true;
     FillDeptTree(m_tree, m_table, QString(), hide ? 0 : -1, 1, m_chkTotalMan->isChecked() ? 1 : 0, 1, true);
     if (m_screenState == 0) showRoomPlaces();
-    ExpandAllNodes(m_tree);
+    // Rebuilt after every change, the tree opens its classes only: its rooms never gain children.
+    ExpandAllBranches(m_tree);
     m_filling = false;
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <QSet>
+#include <QSqlQuery>
 
 namespace zq {
 
@@ -64,18 +65,21 @@ HeadCounts::HeadCounts(const QString& table, qint32 state)
                                  state_);
         m_total = rs.eof() ? 0 : qint64(rs.val(0));
     }
-    Recordset rs(conn(), QStringLiteral("select fValue,fCount from tRsHeadCount where fColumn=") +
-                             quoted(m_column.toLower()) + QStringLiteral(" and fzt=") + state_ +
-                             QStringLiteral(" and fCount<>0 and fValue<>'' order by fValue") +
-                             (conn().dialect().isServer() ? QStringLiteral(" collate \"C\"") : QString()));
+    // Forward only, the counts taken as numbers: a value per room of a large dormitory.
     QVector<QPair<QString, qint64>> groups;
-    for (; !rs.eof(); rs.moveNext()) {
-        const QString value = rs.text(0);
-        m_oddValues = m_oddValues || std::any_of(value.cbegin(), value.cend(), lowersOntoAscii);
-        groups.append({foldAscii(value), qint64(rs.val(1))});
-    }
-    // Stored order is code-unit order unless letters were folded or a value lies beyond the basic
-    // plane: then it is sorted here.
+    VisitRows(QStringLiteral("select fValue,fCount from tRsHeadCount where fColumn=") + quoted(m_column.toLower()) +
+                  QStringLiteral(" and fzt=") + state_ +
+                  QStringLiteral(" and fCount<>0 and fValue<>''") +
+                  // The file's index gives the code-unit order; the server would sort by a
+                  // collation first (taking longer than reading), so its rows are sorted below.
+                  (conn().dialect().isServer() ? QString() : QStringLiteral(" order by fValue")),
+              {}, [&](const QSqlQuery& q) {
+                  const QString value = textOf(q.value(0));
+                  m_oddValues = m_oddValues || std::any_of(value.cbegin(), value.cend(), lowersOntoAscii);
+                  groups.append({foldAscii(value), q.value(1).toLongLong()});
+              });
+    // Stored order is code-unit order unless letters were folded, a value lies beyond the basic
+    // plane or the server sent its rows unordered: then it is sorted here.
     if (!std::is_sorted(groups.begin(), groups.end())) std::sort(groups.begin(), groups.end());
     m_values.reserve(groups.size());
     m_prefix.reserve(groups.size() + 1);

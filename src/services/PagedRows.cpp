@@ -30,7 +30,7 @@ PagedRows::PagedRows(PagedQuery query, int keptPages)
     : m_query(std::move(query))
     , m_keptPages(std::max(keptPages, 4))
     , m_nullsFirst(conn().dialect().nullsFirst()) {
-    sortBy({});
+    sortBy(m_query.order);
 }
 
 QString PagedRows::where(bool forPages) const {

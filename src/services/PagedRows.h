@@ -15,6 +15,11 @@ struct PagedQuery {
     QString condition;   // the where condition, never empty ("1=1" for all)
     QString key;         // an expression unique in the list; the last word of every order
     int keyColumn = 1;   // the column (from 1) showing the key; 0 when none does
+    // The first column fills a grid's row-header column (column 0), the rest its columns 1, 2, ...:
+    // a list whose rows carry their key there, out of sight behind the row numbers.
+    bool headerColumn = false;
+    // The list's first order, before the key (each expression may end in " desc").
+    QStringList order;
 };
 
 // The rows of a list too long to hold: the exact count comes first, and a row is read when asked

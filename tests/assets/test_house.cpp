@@ -15,6 +15,7 @@
 #include <memory>
 #include <QApplication>
 #include <QCheckBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -94,6 +95,37 @@ private slots:
         pick(*f, "B101");
         QCOMPARE(test::child<QPlainTextEdit>(*f, "Text1")->toPlainText(), QStringLiteral("带阳台"));
         QCOMPARE(G().CurRoomCode, QStringLiteral("101"));
+    }
+
+    void aLargeDormitoryShowsWholeAndUncut() {
+        // Sixty buildings of a hundred rooms: more than a tree that sizes its column by its rows.
+        exec("insert into tRs_House (fCode,fName,fLimited,fColor,fYnxj) with recursive n(i) as (select 20 "
+             "union all select i+1 from n where i<79) select cast(i as varchar(15)), cast(i as varchar(15)) "
+             "|| '号楼', 0, 0, 0 from n");
+        exec("insert into tRs_House (fCode,fName,fLimited,fColor,fYnxj) with recursive n(i) as (select 20000 "
+             "union all select i+1 from n where i<79099) select cast(i as varchar(15)), cast(i as varchar(15)) "
+             "|| '室', 4, 0, 1 from n where i % 1000 < 100");
+        resident("006", "孙八", "79099");
+        auto f = open(1);
+        test::child<QCheckBox>(*f, "chkTotalMan")->click();
+        QTreeWidget* t = tree(*f);
+        int shown = 0;
+        for (QTreeWidgetItem* it = t->topLevelItem(0); it; it = t->itemBelow(it))
+            ++shown;
+        QCOMPARE(shown, 1 + 3 + 60 + 6000);
+        QTreeWidgetItem* last = node(t, "B79099");
+        QCOMPARE(last->text(0), QStringLiteral("79099\t79099室\t(限4人,共1人)"));
+        QCOMPARE(node(t, "B79")->text(0), QStringLiteral("79\t79号楼\t(共1人)"));
+        QVERIFY(node(t, "B79")->isExpanded());
+        // The column holds the widest row, measured once.
+        const QFontMetrics fm(t->font());
+        QString text = last->text(0);
+        text.replace(QLatin1Char('\t'), QChar(0x3000));
+        QVERIFY(t->header()->sectionSize(0) >= 2 * t->indentation() + fm.horizontalAdvance(text));
+        // A class chosen and its notes shown, from the fields the nodes hold.
+        pick(*f, "B79099");
+        QCOMPARE(G().CurRoomCode, QStringLiteral("79099"));
+        QCOMPARE(G().CurRoomName, QStringLiteral("79099室"));
     }
 
     void addChangeAndDelete() {

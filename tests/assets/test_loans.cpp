@@ -323,6 +323,51 @@ private slots:
         QCOMPARE(f->grid()->maxRows(), 101);
     }
 
+    void longListsAreReadAsTheyAreShown() {
+        // More loans than a page: each person's newest first, read page by page.
+        person("003", "王五", 1, QString());
+        for (int i = 0; i < 150; ++i)
+            loan("tRsLoanGoods", "001", QStringLiteral("工作服"), QDate(2020, 1, 1).addDays(i).toString(Qt::ISODate),
+                 i == 0 ? QVariant("2020-02-01") : QVariant());
+        loan("tRsLoanGoods", "003", QStringLiteral("工作服"), "2024-01-01");
+        loan("tRsLoanGoods", "001", QStringLiteral("雨衣"), "2024-01-01");
+        auto f = goods(2);
+        ZqGrid* g = f->grid();
+        w<QCheckBox>(*f, "Check1(2)")->setChecked(true);
+        setBox(*f, "Text2(2)", "工作服");
+        m_prompts->answer(vbNo);
+        click(*f, "cmdSeek");
+        QCOMPARE(m_prompts->messages().last(), QStringLiteral("要列示的记录太多,是否增加过滤条件!"));
+        QVERIFY(g->isPaged());
+        QCOMPARE(g->maxRows(), 151);
+        QCOMPARE(g->text(1, 10), QStringLiteral("2020-05-29"));
+        QCOMPARE(g->text(150, 10), QStringLiteral("2020-01-01"));
+        QCOMPARE(g->text(140, 3), QStringLiteral("工作服"));
+        // Column 0 keeps the key, the row headers count 1..n.
+        QCOMPARE(g->text(150, 0), one("select fID from tRsLoanGoods where loantime='2020-01-01'"));
+        QCOMPARE(g->view()->model()->headerData(149, Qt::Vertical).toString(), QStringLiteral("150"));
+        // The loan of a person without a department is counted but shows blank, its key too.
+        QCOMPARE(g->text(151, 0), QString());
+        QCOMPARE(g->text(151, 3), QString());
+
+        // The returned loan far down the list is deleted and leaves the list.
+        m_prompts->answer(vbYes);
+        g->setActiveCell(150, 2);
+        click(*f, "cmdDEL");
+        QCOMPARE(m_prompts->messages().last(), QStringLiteral("真的要删除物品名称为 工作服 的记录吗？"));
+        QCOMPARE(one("select count(*) from tRsLoanGoods where loantime='2020-01-01'"), QStringLiteral("0"));
+        QCOMPARE(g->maxRows(), 150);
+        QCOMPARE(g->text(150, 3), QString());
+        QCOMPARE(g->text(149, 10), QStringLiteral("2020-01-02"));
+
+        // Changing a row far down reads it by its key.
+        g->setActiveCell(149, 2);
+        click(*f, "cmdChg");
+        QCOMPARE(w<QLineEdit>(*f, "Text3(2)")->text(), QStringLiteral("工作服"));
+        QCOMPARE(w<QLineEdit>(*f, "Text3(5)")->text(), QStringLiteral("2.00"));
+        click(*f, "cmdCancel");
+    }
+
     void labelsKeepTheirBriefLists() {
         auto f = goods(1);
         f->Label_RightClick(8);

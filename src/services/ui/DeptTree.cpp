@@ -6,13 +6,18 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <QAbstractItemModel>
+#include <QFontMetrics>
 #include <QHash>
+#include <QHeaderView>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
+#include <QSqlQuery>
+#include <QStyle>
 #include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -133,12 +138,8 @@ QPixmap drawImage(int image, int size) {
     return pm;
 }
 
-QTreeWidgetItem* newNode(const QString& key, const QString& text, int image) {
-    auto* item = new QTreeWidgetItem(QStringList{text});
-    item->setData(0, kKeyRole, key);
-    SetNodeImage(item, image);
-    return item;
-}
+class CodeNode;
+CodeNode* newNode(const QString& key, const QString& text, int image);
 
 void markOverQuota(QTreeWidgetItem* item) {
     double limit = 0;
@@ -198,6 +199,144 @@ struct Entry {
     bool dept;
 };
 
+// A node of a filled tree holding its parts as plain fields and answering for its text, icon,
+// key, quota and count when the view asks: a tree of tens of thousands of rooms is built without
+// a stored value per role and node, and only the rows shown compose their texts. Whatever else is
+// set on it (colours, tool tips) the item keeps as any other.
+class CodeNode : public QTreeWidgetItem {
+public:
+    CodeNode(QString key, QString text, int image)
+        : QTreeWidgetItem(UserType)
+        , m_key(std::move(key))
+        , m_base(std::move(text))
+        , m_image(image) {}
+    // With its limit and head count behind the text.
+    void setCounts(double limit, qint64 count) {
+        m_hasBase = m_counted = true;
+        m_limit = limit;
+        m_count = count;
+    }
+    // Its text as given is the base that counts follow (the root's, which has no limit).
+    void keepBase() { m_hasBase = true; }
+
+    QVariant data(int column, int role) const override {
+        if (column == 0) switch (role) {
+            case Qt::DisplayRole:
+            case Qt::EditRole:
+                if (m_ownText) return m_text;
+                return m_counted ? m_base + entryCountText(m_limit, m_count) : m_base;
+            case Qt::DecorationRole: {
+                const QVariant set = QTreeWidgetItem::data(column, role);
+                return set.isValid() ? set : QVariant(TreeImageIcon(m_image));
+            }
+            case kKeyRole:
+                return m_key;
+            case kImageRole:
+                return m_image;
+            case kBaseTextRole:
+                return m_hasBase ? QVariant(m_base) : QVariant();
+            case kLimitRole:
+                return m_counted ? QVariant(m_limit) : QVariant();
+            case kCountRole:
+                return m_counted ? QVariant(m_count) : QVariant();
+            default:
+                break;
+            }
+        return QTreeWidgetItem::data(column, role);
+    }
+
+    void setData(int column, int role, const QVariant& value) override {
+        if (column == 0) switch (role) {
+            case Qt::DisplayRole:
+            case Qt::EditRole:
+                m_text = value.toString();
+                m_ownText = true;
+                return emitDataChanged();
+            case kKeyRole:
+                m_key = value.toString();
+                return emitDataChanged();
+            case kImageRole:
+                m_image = value.toInt();
+                return emitDataChanged();
+            case kBaseTextRole:
+                m_base = value.toString();
+                m_hasBase = true;
+                return emitDataChanged();
+            case kLimitRole:
+                m_limit = value.toDouble();
+                return emitDataChanged();
+            case kCountRole:
+                m_count = value.toLongLong();
+                return emitDataChanged();
+            default:
+                break;
+            }
+        QTreeWidgetItem::setData(column, role, value);
+    }
+
+private:
+    QString m_key;
+    QString m_base; // the text before the counts
+    QString m_text; // a text set since, counts and all
+    double m_limit = 0;
+    qint64 m_count = 0;
+    int m_image = 0;
+    bool m_hasBase = false;
+    bool m_counted = false;
+    bool m_ownText = false;
+};
+
+// Width of a text in units of a digit, a Chinese character counting two.
+int textUnits(const QString& text) {
+    int units = 0;
+    for (const QChar c : text)
+        units += c.unicode() >= 0x2E80 ? 2 : 1;
+    return units;
+}
+
+// The number of digits of a count or whole limit, for measuring texts without writing them.
+int digits(double v) {
+    int n = 1;
+    for (v = std::abs(v); v >= 10 && n < 20; v /= 10)
+        ++n;
+    return n;
+}
+
+// A tree this large is measured once when filled; smaller ones leave the width to the header.
+constexpr int kMeasuredTree = 5000;
+
+// Gives the first column of a large tree the width of its widest row, measured on the one row
+// whose text and depth look widest, instead of the header asking every row for its size; a tree
+// measured so and filled small again sizes itself as before.
+void fitFirstColumn(QTreeWidget* tree, CodeNode* widest, int depth) {
+    static const char* const kMeasured = "zqMeasuredColumn";
+    QHeaderView* header = tree->header();
+    const bool measured = tree->property(kMeasured).toBool();
+    if (!measured && header->sectionResizeMode(0) != QHeaderView::ResizeToContents) return;
+    if (!widest) {
+        if (measured) header->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+        tree->setProperty(kMeasured, QVariant());
+        return;
+    }
+    QString text = widest->data(0, Qt::DisplayRole).toString();
+    text.replace(QLatin1Char('\t'), QChar(0x3000));
+    const QFontMetrics fm(tree->font());
+    const int icon = tree->iconSize().isValid() ? tree->iconSize().width()
+                                                : tree->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, tree);
+    // Indentation per level and the root's, the icon, the text and a margin of two characters.
+    const int width = tree->indentation() * (depth + 1) + icon + fm.horizontalAdvance(text) +
+                      2 * fm.averageCharWidth() + 8;
+    tree->setProperty(kMeasured, true);
+    header->setSectionResizeMode(0, QHeaderView::Interactive);
+    header->resizeSection(0, width);
+}
+
+} // namespace
+
+namespace {
+CodeNode* newNode(const QString& key, const QString& text, int image) {
+    return new CodeNode(key, text, image);
+}
 } // namespace
 
 QIcon TreeImageIcon(int image) {
@@ -255,13 +394,25 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
 
     QVector<Entry> entries;
     QStringList codes;
-    {
-        Recordset rs(conn(), sql);
-        for (; !rs.eof(); rs.moveNext()) {
-            entries.append({TrimBlanks(rs.text(0)), rs.text(1), rs.val(2), rs.val(3) == 0});
-            codes.append(entries.last().code);
+    // Forward only, and numbers taken as numbers: tens of thousands of rooms are read in one pass.
+    const auto number = [](const QVariant& v) {
+        switch (v.typeId()) {
+        case QMetaType::Double:
+        case QMetaType::Int:
+        case QMetaType::LongLong:
+        case QMetaType::UInt:
+        case QMetaType::ULongLong:
+        case QMetaType::Short:
+            return v.toDouble();
+        default:
+            return Val(textOf(v));
         }
-    }
+    };
+    VisitRows(sql, {}, [&](const QSqlQuery& q) {
+        entries.append({TrimBlanks(textOf(q.value(0))), textOf(q.value(1)), number(q.value(2)),
+                        number(q.value(3)) == 0});
+        codes.append(entries.last().code);
+    });
 
     tree->clear();
     useNodeTextDelegate(tree);
@@ -275,28 +426,35 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
 
     const QString rootText = G().CompName;
     // The nodes are linked while detached and enter the tree at once: one insertion, not thousands.
-    std::unique_ptr<QTreeWidgetItem> root(newNode(
-        QStringLiteral("B"), counts ? rootText + rootCountText(heads->total()) : rootText, ImageRoot));
-    if (counts) root->setData(0, kBaseTextRole, rootText);
+    std::unique_ptr<CodeNode> root(newNode(QStringLiteral("B"), rootText, ImageRoot));
+    if (counts) {
+        root->keepBase();
+        root->setText(0, rootText + rootCountText(heads->total()));
+    }
     QHash<QString, QTreeWidgetItem*> map;
     map.reserve(entries.size() + 1);
     map.insert(QStringLiteral("B"), root.get());
 
     QString previousCode;
     QTreeWidgetItem* previous = nullptr;
+    int previousDepth = 0;
+    CodeNode* widest = nullptr;
+    int widestUnits = 0, widestDepth = 0;
     for (const Entry& e : entries) {
-        const QString text = showCode == -1 ? e.code + kTab + e.name : e.name;
         const QString key = QStringLiteral("B") + e.code;
-        if (map.contains(key)) throw DbError(QStringLiteral("关键字不唯一: %1").arg(key));
+        auto slot = map.find(key);
+        if (slot != map.end()) throw DbError(QStringLiteral("关键字不唯一: %1").arg(key));
 
         // The parent: climb from the previous entry until a node's code begins this one.
         QTreeWidgetItem* parent = root.get();
+        int depth = 1;
         if (!previousCode.isEmpty()) {
             QTreeWidgetItem* node = previous;
             QString search = previousCode;
-            for (;;) {
+            for (int d = previousDepth;; --d) {
                 if (e.code.startsWith(search)) {
                     parent = node;
+                    depth = d + 1;
                     break;
                 }
                 node = node->parent();
@@ -304,13 +462,14 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
                 search = NodeKey(node).mid(1);
             }
         }
-        QTreeWidgetItem* item =
-            newNode(key, counts ? text + entryCountText(e.limit, heads->count(e.code)) : text,
-                    e.dept ? ImageDept : ImagePost);
+        const QString text = showCode == -1 ? e.code + kTab + e.name : e.name;
+        auto* item = newNode(key, text, e.dept ? ImageDept : ImagePost);
+        // How wide its row looks, in digits: the indentation, the text and the counts.
+        int units = depth * 2;
         if (counts) {
-            item->setData(0, kBaseTextRole, text);
-            item->setData(0, kLimitRole, e.limit);
-            item->setData(0, kCountRole, heads->count(e.code));
+            const qint64 count = heads->count(e.code);
+            item->setCounts(e.limit, count);
+            units += digits(count) + (e.limit > 0 ? digits(e.limit) + 3 : 0);
             // Marked while detached: marking a shown tree afterwards lays it out again per node.
             if (warnOverQuota) markOverQuota(item);
         }
@@ -318,12 +477,22 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
         map.insert(key, item);
         previousCode = e.code;
         previous = item;
+        previousDepth = depth;
+        if (entries.size() >= kMeasuredTree) {
+            units += textUnits(text);
+            if (units > widestUnits) {
+                widestUnits = units;
+                widest = item;
+                widestDepth = depth;
+            }
+        }
     }
 
     QTreeWidgetItem* top = root.release();
     tree->addTopLevelItem(top);
     NodeKeys::of(tree)->set(std::move(map));
     top->setExpanded(true);
+    fitFirstColumn(tree, widest, widestDepth);
 }
 
 void RefreshTreeCounts(QTreeWidget* tree, const QString& table, qint32 state, bool warnOverQuota) {

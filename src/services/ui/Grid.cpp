@@ -252,6 +252,10 @@ void ZqGrid::loadPaged(PagedQuery query) {
     m_model->loadPaged(std::move(query));
 }
 
+void ZqGrid::loadPaged(std::unique_ptr<PagedRows> rows) {
+    m_model->loadPaged(std::move(rows));
+}
+
 bool ZqGrid::isPaged() const {
     return m_model->paged();
 }

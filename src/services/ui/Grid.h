@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <memory>
 #include <QStringList>
 #include <QVector>
 #include <QWidget>
@@ -10,6 +11,7 @@ class QTableView;
 namespace zq {
 
 struct PagedQuery;
+class PagedRows;
 
 class GridModel;
 class GridView;
@@ -100,6 +102,8 @@ public:
     // little. Such rows are never edited; cells, finding, sorting, removing a row and reading every
     // row (printing) work as with loaded rows. loadRows() or setMaxRows() goes back to held rows.
     void loadPaged(PagedQuery query);
+    // The same with a list counted already (to ask about its size first, say).
+    void loadPaged(std::unique_ptr<PagedRows> rows);
     bool isPaged() const;
     // Sorts the rows ascending by the given columns, in turn (numbers by value). Stable.
     void sortRows(const QVector<int>& keyCols);

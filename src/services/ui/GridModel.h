@@ -215,7 +215,7 @@ public:
     QString read(int r, int c) const {
         if (r == 0) return c >= 1 && c < m_cols.size() ? m_cols[c].header : QString();
         if (!inRows(r)) return {};
-        if (c == 0) return m_paged ? QString() : m_rows[size_t(r - 1)].header;
+        if (c == 0) return m_paged ? pagedCell(r, 0) : m_rows[size_t(r - 1)].header;
         return inCols(c) ? cell(r, c) : QString();
     }
 
@@ -331,7 +331,7 @@ public:
     void sort(const QVector<int>& keys) {
         beginResetModel();
         if (m_paged) {
-            pagedCall([&] { m_paged->sortByColumns(keys); });
+            pagedCall([&] { m_paged->sortByColumns(pagedColumns(keys)); });
             m_pagedCount = m_paged->count();
             endResetModel();
             return;
@@ -408,6 +408,15 @@ public:
 
     // The list read on demand; widest texts are taken from its first page.
     void loadPaged(PagedQuery query);
+    void loadPaged(std::unique_ptr<PagedRows> rows);
+    // The list's column (from 1) behind a grid column: one further on when the list fills the row
+    // headers too.
+    int pagedColumn(int c) const { return m_paged && m_paged->query().headerColumn ? c + 1 : c; }
+    QVector<int> pagedColumns(QVector<int> cols) const {
+        for (int& c : cols)
+            c = pagedColumn(c);
+        return cols;
+    }
     int findPaged(int col, const QString& text, int from);
     void removePaged(int at);
     // Runs a read of the list; a database error leaves the rows blank rather than breaking the

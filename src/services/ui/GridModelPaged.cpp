@@ -20,14 +20,19 @@ bool GridModel::pagedCall(const std::function<void()>& read) const {
 
 QString GridModel::pagedCell(int r, int c) const {
     QString text;
-    pagedCall([&] { text = m_paged->cell(r, c); });
+    // Column 0 holds nothing of the list's unless the list fills the row headers.
+    if (c == 0 && !m_paged->query().headerColumn) return text;
+    pagedCall([&] { text = m_paged->cell(r, pagedColumn(c)); });
     return text;
 }
 
 void GridModel::loadPaged(PagedQuery query) {
     // The count comes before any change, so that a statement the database refuses reaches the
     // screen as it did when the rows were read at once, and the grid stays as it was.
-    auto rows = std::make_unique<PagedRows>(std::move(query));
+    loadPaged(std::make_unique<PagedRows>(std::move(query)));
+}
+
+void GridModel::loadPaged(std::unique_ptr<PagedRows> rows) {
     beginResetModel();
     m_rows.clear();
     m_pagedErrorTold = false;
@@ -39,15 +44,18 @@ void GridModel::loadPaged(PagedQuery query) {
         // The columns fit what the first page holds: reading every row to find the widest would
         // cost what reading on demand saves.
         const int cols = columnCount();
+        const int skip = pagedColumn(1) - 1;
         std::vector<int> widest(size_t(cols) + 1, 0);
         pagedCall([&] {
             for (int r = 1; r <= std::min(m_pagedCount, int(PagedRows::kPageRows)); ++r) {
                 const QStringList& cells = m_paged->row(r);
-                for (int c = 1; c <= std::min(cols, int(cells.size())); ++c)
-                    if (const int units = gridcells::textUnits(cells[c - 1]); units > widest[size_t(c)]) {
+                for (int c = 1; c <= std::min(cols, int(cells.size()) - skip); ++c) {
+                    const QString& cell = cells[c - 1 + skip];
+                    if (const int units = gridcells::textUnits(cell); units > widest[size_t(c)]) {
                         widest[size_t(c)] = units;
-                        m_cols[c].widest = cells[c - 1];
+                        m_cols[c].widest = cell;
                     }
+                }
             }
         });
     }
@@ -56,7 +64,7 @@ void GridModel::loadPaged(PagedQuery query) {
 
 int GridModel::findPaged(int col, const QString& text, int from) {
     int row = 0;
-    if (col == m_paged->query().keyColumn) {
+    if (pagedColumn(col) == m_paged->query().keyColumn) {
         pagedCall([&] { row = m_paged->findKey(text); });
         return row >= from ? row : 0;
     }
@@ -67,7 +75,8 @@ int GridModel::findPaged(int col, const QString& text, int from) {
 
 void GridModel::removePaged(int at) {
     const int keyColumn = m_paged->query().keyColumn;
-    const QString key = keyColumn > 0 ? pagedCell(at + 1, keyColumn) : QString();
+    QString key;
+    if (keyColumn > 0) pagedCall([&] { key = m_paged->cell(at + 1, keyColumn); });
     beginRemoveRows({}, at, at);
     const bool ok = pagedCall([&] {
         if (!key.isEmpty()) m_paged->exclude(key);

@@ -255,6 +255,14 @@ void ExpandAllNodes(QTreeWidget* tree) {
     tree->expandAll();
 }
 
+void ExpandAllBranches(QTreeWidget* tree) {
+    // With a layout pending, the view only notes each node opened; the one layout that follows
+    // walks the tree once.
+    tree->setRootIndex(tree->rootIndex());
+    for (QTreeWidgetItemIterator it(tree); *it; ++it)
+        if ((*it)->childCount() > 0) (*it)->setExpanded(true);
+}
+
 } // namespace zq
 
 namespace zq {

@@ -74,5 +74,9 @@ bool LeavingJudged(const QEvent* focusOut);
 void RefuseLeaving(QLineEdit* box, const std::function<void()>& tell);
 void CenterOnForm(QWidget* control, QWidget* form);
 void ExpandAllNodes(QTreeWidget* tree);
+// Shows a tree as ExpandAllNodes does, marking open only the nodes with children: with tens of
+// thousands of leaves this saves a stored index and a signal per leaf. A child added to a leaf later
+// stays folded, so it suits trees that are filled again after every change.
+void ExpandAllBranches(QTreeWidget* tree);
 
 } // namespace zq
