@@ -25,12 +25,24 @@ struct CountedKey {
 };
 
 // A person without a department still counts for the whole company, so every row has a department
-// value; the other keys count only rows that have one.
+// value; the other head keys count only rows that have one. The statistics screen's most counted
+// fields are kept per value as stored, the empty text included, and their nulls apart ("v:" and
+// "n:" plus the column), since its count lists a null as a value of its own.
 constexpr CountedKey kKeys[] = {
     {"fbmcode", "fBmCode", "coalesce(%1,'')", nullptr},
     {"neckline", "neckline", "%1", "coalesce(%1,'')<>''"},
     {"birthmonth", "fBirthDay", "substr(%1,6,2)", "coalesce(%1,'')<>''"},
     {"hiremonth", "fSpday", "substr(%1,6,2)", "coalesce(%1,'')<>''"},
+    {"v:fsex", "fSex", "%1", "%1 is not null"},
+    {"n:fsex", "fSex", "coalesce(%1,'')", "%1 is null"},
+    {"v:fxl", "fXl", "%1", "%1 is not null"},
+    {"n:fxl", "fXl", "coalesce(%1,'')", "%1 is null"},
+    {"v:fbmname", "fBmName", "%1", "%1 is not null"},
+    {"n:fbmname", "fBmName", "coalesce(%1,'')", "%1 is null"},
+    {"v:fmz", "fMz", "%1", "%1 is not null"},
+    {"n:fmz", "fMz", "coalesce(%1,'')", "%1 is null"},
+    {"v:fhy", "fHy", "%1", "%1 is not null"},
+    {"n:fhy", "fHy", "coalesce(%1,'')", "%1 is null"},
 };
 
 // The counted keys of the persons `row` refers to, each with the change `sign` (1 or -1, or the
@@ -79,8 +91,10 @@ void createTriggers(Connection& c) {
     // An update counts only when it changes a counted column, as stored.
     QStringList changed{(server ? QStringLiteral("%1.fzt is distinct from %2.fzt") : QStringLiteral("%1.fzt is not %2.fzt"))
                             .arg(o, n)};
-    for (const CountedKey& k : kKeys) {
-        const QString column = QLatin1String(k.column);
+    QStringList columns;
+    for (const CountedKey& k : kKeys)
+        if (!columns.contains(QLatin1String(k.column))) columns << QLatin1String(k.column);
+    for (const QString& column : columns) {
         changed << (server ? QStringLiteral("%1.%3::text is distinct from %2.%3::text")
                            : QStringLiteral("%1.%3 is not %2.%3 collate binary"))
                        .arg(o, n, column);
@@ -132,6 +146,13 @@ void pauseHeadCounts(Connection& c, bool paused) {
     c.execute(QStringLiteral("alter table tRsBasic %1 trigger zqc_trsbasic_i")
                   .arg(paused ? QStringLiteral("disable") : QStringLiteral("enable")));
     if (!paused) recountHeads(c);
+}
+
+QStringList keptValueColumns() {
+    QStringList columns;
+    for (const CountedKey& k : kKeys)
+        if (QLatin1String(k.key).startsWith(QLatin1String("v:"))) columns << QLatin1String(k.column);
+    return columns;
 }
 
 void createHeadCounts(Connection& c) {
