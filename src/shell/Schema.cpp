@@ -269,13 +269,14 @@ const QVector<Step>& steps() {
          }},
         {11,
          [](Connection& c) {
-             // The statistics screen's most counted fields are kept per value with the head counts,
-             // so that counting them reads their values, not every person. The file database lists
-             // a field's values in the order its distinct statement meets them: by an index of the
-             // state and the field that order is the field's own, and the statement skips from
-             // value to value.
+             // The statistics screen's most counted fields (sex, education, department) are kept per
+             // value with the head counts, so that counting them reads their values, not every
+             // person.
              createHeadCounts(c);
              // The register finds names by their start: on the server through their text as stored.
+             // The file database lists a field's values in the order its distinct statement meets
+             // them: by an index of the state and the field that order is the field's own, and the
+             // statement skips from value to value.
              if (c.dialect().isServer())
                  c.execute(QStringLiteral("create index if not exists ix_trsbasic_name_pattern on tRsBasic "
                                           "((fName::text) text_pattern_ops)"));
