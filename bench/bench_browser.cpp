@@ -7,10 +7,12 @@
 #include "Bench.h"
 
 #include "personnel/frmRs_Person.h"
+#include "services/ui/BriefDialog.h"
 #include "services/ui/Grid.h"
 #include "shell/Recordset.h"
 
 #include <cstdio>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -134,7 +136,33 @@ void scrollAround(Context&) {
 
 } // namespace
 
+// The condition search for the names beginning with 王, through the search dialog as a clerk fills
+// it in; the list shows its count and first screen.
+void seekName(Context&) {
+    zq::setBriefDriver([](zq::BriefDialog& d) {
+        const auto pick = [&d](const char* name, const QString& text) {
+            auto* box = d.findChild<QComboBox*>(QLatin1String(name));
+            box->setCurrentIndex(box->findText(text));
+        };
+        pick("cboField", QStringLiteral("姓名"));
+        pick("cboOperator", QStringLiteral("like"));
+        d.findChild<QComboBox*>(QStringLiteral("cboValue"))->setEditText(QStringLiteral("王*"));
+        d.accept();
+    });
+    browser()->mnuRsSeek1_Click();
+    QCoreApplication::processEvents();
+    zq::setBriefDriver({});
+}
+
+void seekNameBaseline(Context& c) {
+    const QString where = QStringLiteral(" from trsbasic where fzt=1 and fName like '王%'");
+    zq::bench::readAll(c.raw, QStringLiteral("select count(*)") + where);
+    zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() + where +
+                                  QStringLiteral(" order by fcode limit 128"));
+}
+
 ZQ_BENCH("browser.open", openBrowser, openBaseline);
+ZQ_BENCH("browser.seekname", seekName, seekNameBaseline);
 ZQ_BENCH("browser.deptclick", clickDept, clickBaseline, prepareClicks);
 ZQ_BENCH("browser.jumplast", jumpToLast, lastBaseline, {}, wholeList);
 ZQ_BENCH("browser.sort", sortByName, sortBaseline, wholeList);

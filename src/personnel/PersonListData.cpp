@@ -4,6 +4,7 @@
 #include "shell/DbError.h"
 #include "shell/Globals.h"
 #include "shell/Recordset.h"
+#include "shell/Schema.h"
 #include "shell/SqlText.h"
 
 #include <QHash>
@@ -282,6 +283,85 @@ void countInGroupingSets(const QStringList& fields, const QString& base, QVector
     }
 }
 
+// The state alone, when the base condition is nothing but " fzt= N ": the kept counts are per state.
+std::optional<int> stateOnly(const QString& base) {
+    static const QRegularExpression bare(QStringLiteral("^\\s*fzt\\s*=\\s*(-?\\d+)\\s*$"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch m = bare.match(base);
+    if (!m.hasMatch()) return std::nullopt;
+    return m.captured(1).toInt();
+}
+
+bool countsKept(const QString& field) {
+    return schema::keptValueColumns().contains(field.trimmed(), Qt::CaseInsensitive);
+}
+
+// A value as the column compares it: the file's columns ignore ASCII case, the server's caseless
+// text all case.
+QByteArray folded(const QString& value) {
+    return conn().dialect().isServer() ? value.toLower().toUtf8() : nocaseKey(value);
+}
+
+// The values of a field in the order its distinct statement gives them. On the server a sorted
+// distinct ("Unique" over sorted rows, as at a large company) gives the kept values in the
+// column's order, nulls where the engine puts them, unless two kept values differ only in case
+// (which one the server shows is its own); any other plan, and that case, run the statement.
+QVector<QVariant> distinctValues(const QString& field, const QString& base, const QStringList& ordered,
+                                 bool nulls) {
+    const QString distinct =
+        QStringLiteral("select distinct ") + field + QStringLiteral(" as t from trsBasic where ") + base;
+    const Dialect& d = conn().dialect();
+    QVector<QVariant> values;
+    if (d.isServer() && Recordset(conn(), QStringLiteral("explain ") + distinct).text(0).startsWith(
+                            QStringLiteral("Unique"))) {
+        bool twins = false;
+        for (qsizetype i = 1; i < ordered.size() && !twins; ++i)
+            twins = folded(ordered.at(i)) == folded(ordered.at(i - 1));
+        if (!twins) {
+            if (nulls && d.nullsFirst()) values << QVariant();
+            for (const QString& v : ordered)
+                values << v;
+            if (nulls && !d.nullsFirst()) values << QVariant();
+            return values;
+        }
+    }
+    for (Recordset rs(conn(), distinct); !rs.eof(); rs.moveNext())
+        values << rs.value(0);
+    return values;
+}
+
+// A field whose counts the database keeps, in a state: the persons of each value from the kept
+// rows, summed as the column compares values, and the values as its distinct statement gives them
+// (on the file by the index of the state and the field, value to value).
+FieldCount countKept(const QString& field, int state, const QString& base) {
+    const Dialect& d = conn().dialect();
+    const QString key = field.trimmed().toLower();
+    QHash<QByteArray, qint64> persons;
+    QStringList ordered;
+    bool nulls = false;
+    for (Recordset rs(conn(), QStringLiteral("select fColumn,fValue,fCount from tRsHeadCount where fColumn in (") +
+                                  quoted(QStringLiteral("v:") + key) + QLatin1Char(',') +
+                                  quoted(QStringLiteral("n:") + key) + QStringLiteral(") and fzt=") + num(state) +
+                                  QStringLiteral(" and fCount<>0 order by fColumn,") +
+                                  d.caseless(QStringLiteral("fValue")) + QStringLiteral(",fValue"));
+         !rs.eof(); rs.moveNext()) {
+        if (rs.text(0).startsWith(QLatin1Char('n'))) {
+            nulls = true;
+            continue;
+        }
+        ordered << rs.text(1);
+        persons[folded(rs.text(1))] += qint64(rs.val(2));
+    }
+    FieldCount f;
+    for (const QVariant& v : distinctValues(field, base, ordered, nulls)) {
+        const QString value = textOf(v);
+        quoted(value); // a quote fails here, as its count statement did
+        f.values << value;
+        f.counts << QString::number(persons.value(folded(value))); // a null counts the empty text
+    }
+    return f;
+}
+
 } // namespace
 
 QVector<QStringList> CountTable(const QStringList& captions, const QString& baseCondition) {
@@ -294,16 +374,33 @@ QVector<QStringList> CountTable(const QStringList& captions, const QString& base
         fields << rs.text(0);
         captions0 << rs.text(1);
     }
-    QVector<FieldCount> counted;
-    // Every pass over the persons costs: one pass for all fields where the engine allows it.
-    if (conn().dialect().isServer())
-        countInGroupingSets(fields, baseCondition, counted);
-    else if (!countInOnePass(fields, baseCondition, counted)) {
-        counted.clear();
-        for (int i = 0; i < fields.size(); ++i) {
-            counted << countByStatements(fields.at(i), baseCondition);
-            if (counted.last().values.isEmpty()) break;
+    // Fields whose counts are kept need no pass over the persons when only the state is asked.
+    QVector<FieldCount> counted(fields.size());
+    QStringList rest;
+    QVector<int> restAt;
+    const std::optional<int> state = stateOnly(baseCondition);
+    for (int i = 0; i < fields.size(); ++i) {
+        if (state && countsKept(fields.at(i))) {
+            counted[i] = countKept(fields.at(i), *state, baseCondition);
+        } else {
+            rest << fields.at(i);
+            restAt << i;
         }
+    }
+    if (!rest.isEmpty()) {
+        QVector<FieldCount> r;
+        // Every pass over the persons costs: one pass for all fields where the engine allows it.
+        if (conn().dialect().isServer())
+            countInGroupingSets(rest, baseCondition, r);
+        else if (!countInOnePass(rest, baseCondition, r)) {
+            r.clear();
+            for (const QString& field : rest) {
+                r << countByStatements(field, baseCondition);
+                if (r.last().values.isEmpty()) break;
+            }
+        }
+        for (int j = 0; j < r.size(); ++j)
+            counted[restAt.at(j)] = r.at(j);
     }
     QVector<QStringList> rows(captions.size() * 2);
     for (int i = 0; i < counted.size(); ++i) {

@@ -1,5 +1,7 @@
 #include "Dialect.h"
 
+#include <QRegularExpression>
+
 #include <QSqlError>
 
 #include <QHash>
@@ -41,6 +43,41 @@ QString Dialect::selectInto(const QString& newTable, const QString& selectStatem
 
 QString Dialect::like(const QString& expr, const QString& quotedPattern) const {
     return QStringLiteral("%1 like %2").arg(expr, quotedPattern);
+}
+
+namespace {
+
+// A pattern of the kind "王%": a head without wildcards or escapes, every character of which has no
+// case (ideographs and the like, and digits), then one "%".
+bool caselessPrefix(const QString& pattern) {
+    if (pattern.size() < 2 || !pattern.endsWith(QLatin1Char('%'))) return false;
+    for (const uint c : pattern.left(pattern.size() - 1).toUcs4()) {
+        const QChar::Category k = QChar::category(char32_t(c));
+        if (k != QChar::Letter_Other && k != QChar::Number_DecimalDigit) return false;
+    }
+    return true;
+}
+
+} // namespace
+
+QString Dialect::indexedPrefixes(const QString& condition) const {
+    if (!isServer()) return condition;
+    // Texts in quotes alternate with the rest; a doubled quote is an empty stretch of the rest.
+    const QStringList parts = condition.split(QLatin1Char('\''));
+    static const QRegularExpression likeBefore(QStringLiteral("([A-Za-z_][A-Za-z0-9_.]*)(\\s+like\\s+)$"),
+                                               QRegularExpression::CaseInsensitiveOption);
+    QString out;
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        QString part = parts.at(i);
+        if (i % 2 == 0 && i + 1 < parts.size() && caselessPrefix(parts.at(i + 1))) {
+            const QRegularExpressionMatch m = likeBefore.match(part);
+            if (m.hasMatch())
+                part = part.left(m.capturedStart(1)) + m.captured(1) + QStringLiteral("::text") + m.captured(2);
+        }
+        if (i > 0) out += QLatin1Char('\'');
+        out += part;
+    }
+    return out;
 }
 
 QString Dialect::textType(int size) const {

@@ -56,6 +56,11 @@ public:
     // A new table from a query ("select ... into").
     QString selectInto(const QString& newTable, const QString& selectStatement) const;
     // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.
+    // A condition with its prefix searches ("a.fname like '王%'") in the form the server's indexes
+    // serve: like on the caseless text reads every row, while a prefix that has no case matches the
+    // same rows compared as stored, which the pattern index of the names finds. Other patterns, and
+    // the file database, keep the condition as it is.
+    QString indexedPrefixes(const QString& condition) const;
     QString like(const QString& expr, const QString& quotedPattern) const;
     // expr starts with a code (code checked already), ASCII case ignored as by like. On the server
     // like on citext finds no index; the lower-cased text does, through the prefix index of the
@@ -64,6 +69,11 @@ public:
         if (!isServer()) return expr + QStringLiteral(" like '") + code + QStringLiteral("%'");
         return QStringLiteral("lower(") + expr + QStringLiteral("::text) like '") + code.toLower() +
                QStringLiteral("%'");
+    }
+    // A text (such as a kept copy of a column's value) compared and ordered as the caseless text
+    // columns are.
+    QString caseless(const QString& expr) const {
+        return isServer() ? QStringLiteral("(%1)::citext").arg(expr) : expr + QStringLiteral(" collate nocase");
     }
     // Where nulls come in an ascending order, and so in the indexes: first on SQLite, last on the
     // server. Orders keep the engine's own placement, so that an index serves them.

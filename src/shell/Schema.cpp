@@ -267,6 +267,26 @@ const QVector<Step>& steps() {
              // Notices of before have no poster and count as they did.
              addMissingColumns(c, QStringLiteral("tRs_News"), {QStringLiteral("fPoster")});
          }},
+        {11,
+         [](Connection& c) {
+             // The statistics screen's most counted fields (sex, education, department) are kept per
+             // value with the head counts, so that counting them reads their values, not every
+             // person.
+             createHeadCounts(c);
+             // The register finds names by their start: on the server through their text as stored.
+             // The file database lists a field's values in the order its distinct statement meets
+             // them: by an index of the state and the field that order is the field's own, and the
+             // statement skips from value to value.
+             if (c.dialect().isServer())
+                 c.execute(QStringLiteral("create index if not exists ix_trsbasic_name_pattern on tRsBasic "
+                                          "((fName::text) text_pattern_ops)"));
+             else
+                 for (const QString& column : keptValueColumns())
+                     c.execute(QStringLiteral("create index if not exists ix_trsbasic_state_%1 on tRsBasic (fzt, %2)")
+                                   .arg(column.toLower(), column));
+             if (c.dialect().isServer() || tableExists(c, QStringLiteral("sqlite_stat1")))
+                 c.execute(QStringLiteral("analyze tRsBasic"));
+         }},
     };
     return s;
 }

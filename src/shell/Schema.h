@@ -63,6 +63,10 @@ void createHeadCounts(Connection& c);
 // For a writer of a whole company at once, inside its transaction: the added persons are counted
 // once at the end instead of one by one. Nobody else may write persons meanwhile.
 void pauseHeadCounts(Connection& c, bool paused);
+// The person fields whose counts per value are kept the same way, for the statistics screen: the
+// key "v:" plus the lower-cased column holds each stored value (not null) with its persons per
+// state, "n:" plus it the persons whose field is null (value '').
+QStringList keptValueColumns();
 
 // The schema version kept in zq_schema; 0 when the database has none.
 int currentVersion(Connection& c);

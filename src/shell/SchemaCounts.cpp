@@ -22,20 +22,28 @@ struct CountedKey {
     const char* column; // column of tRsBasic
     const char* value;  // the counted value, over the column's text (%1)
     const char* when;   // rows counted, over the column's text; nullptr for every row
+    bool nullsApart = false; // keyed "v:" plus the key for the values, "n:" plus it for the nulls
 };
 
 // A person without a department still counts for the whole company, so every row has a department
-// value; the other keys count only rows that have one.
+// value; the other head keys count only rows that have one. The statistics screen's most counted
+// fields are kept per value as stored, the empty text included, and their nulls apart ("v:" and
+// "n:" plus the key), since its count lists a null as a value of its own. Every key costs each
+// write of a person: few are kept.
 constexpr CountedKey kKeys[] = {
     {"fbmcode", "fBmCode", "coalesce(%1,'')", nullptr},
     {"neckline", "neckline", "%1", "coalesce(%1,'')<>''"},
     {"birthmonth", "fBirthDay", "substr(%1,6,2)", "coalesce(%1,'')<>''"},
     {"hiremonth", "fSpday", "substr(%1,6,2)", "coalesce(%1,'')<>''"},
+    {"fsex", "fSex", "coalesce(%1,'')", nullptr, true},
+    {"fxl", "fXl", "coalesce(%1,'')", nullptr, true},
+    {"fbmname", "fBmName", "coalesce(%1,'')", nullptr, true},
 };
 
 // The counted keys of the persons `row` refers to, each with the change `sign` (1 or -1, or the
-// expression to sum). `from` is the rows' source after "from", empty for a trigger's own row.
-QString keyRows(const Dialect& d, const QString& row, const QString& from, const QString& sign) {
+// expression to sum), one select a key. `from` is the rows' source after "from", empty for a
+// trigger's own row.
+QStringList keyParts(const Dialect& d, const QString& row, const QString& from, const QString& sign) {
     QStringList parts;
     for (const CountedKey& k : kKeys) {
         const QString column = row + QLatin1Char('.') + QLatin1String(k.column);
@@ -44,20 +52,40 @@ QString keyRows(const Dialect& d, const QString& row, const QString& from, const
         const QString text = d.isServer() ? column + QStringLiteral("::text") : column;
         QString value = QString::fromLatin1(k.value).arg(text);
         if (!d.isServer()) value = QLatin1Char('(') + value + QStringLiteral(") collate binary");
-        QString part = QStringLiteral("select '%1' as c,%2 as v,coalesce(%3.fzt,-1) as z,%4 as d")
-                           .arg(QLatin1String(k.key), value, row, sign);
+        const QString key = k.nullsApart ? QStringLiteral("case when %1 is null then 'n:%2' else 'v:%2' end")
+                                               .arg(text, QLatin1String(k.key))
+                                         : QLatin1Char('\'') + QLatin1String(k.key) + QLatin1Char('\'');
+        QString part = QStringLiteral("select %1 as c,%2 as v,coalesce(%3.fzt,-1) as z,%4 as d")
+                           .arg(key, value, row, sign);
         if (!from.isEmpty()) part += QStringLiteral(" from ") + from;
         if (k.when) part += QStringLiteral(" where ") + QString::fromLatin1(k.when).arg(text);
         parts << part;
     }
-    return parts.join(QStringLiteral(" union all "));
+    return parts;
+}
+
+QString keyRows(const Dialect& d, const QString& row, const QString& from, const QString& sign) {
+    return keyParts(d, row, from, sign).join(QStringLiteral(" union all "));
+}
+
+const QString kAddCount = QStringLiteral(
+    " on conflict (fColumn,fValue,fzt) do update set fCount=tRsHeadCount.fCount+excluded.fCount");
+
+// A person added or removed on the file database: one plain upsert a key. Its keys are distinct,
+// so they need no grouping, which would cost a sort at every row.
+QString applyEach(const Dialect& d, const QString& row, const QString& sign) {
+    QStringList statements;
+    for (const QString& part : keyParts(d, row, QString(), sign))
+        statements << QStringLiteral("insert into tRsHeadCount (fColumn,fValue,fzt,fCount) ") + part +
+                          (part.contains(QStringLiteral(" where ")) ? QString() : QStringLiteral(" where true")) +
+                          kAddCount;
+    return statements.join(QStringLiteral("; "));
 }
 
 // Adds the summed changes of `rows` (a union of keyRows) to the counts, in key order.
 QString applyChanges(const QString& rows) {
     return QStringLiteral("insert into tRsHeadCount (fColumn,fValue,fzt,fCount) select c,v,z,sum(d) from (") + rows +
-           QStringLiteral(") x where true group by c,v,z having sum(d)<>0 order by c,v,z "
-                          "on conflict (fColumn,fValue,fzt) do update set fCount=tRsHeadCount.fCount+excluded.fCount");
+           QStringLiteral(") x where true group by c,v,z having sum(d)<>0 order by c,v,z") + kAddCount;
 }
 
 void dropTriggers(Connection& c) {
@@ -106,11 +134,11 @@ void createTriggers(Connection& c) {
         return;
     }
     c.execute(QStringLiteral("create trigger zqc_trsbasic_i after insert on tRsBasic begin %1; end")
-                  .arg(applyChanges(added)));
+                  .arg(applyEach(d, n, QStringLiteral("1"))));
     c.execute(QStringLiteral("create trigger zqc_trsbasic_u after update on tRsBasic when %1 begin %2; end")
                   .arg(when, applyChanges(moved)));
     c.execute(QStringLiteral("create trigger zqc_trsbasic_d after delete on tRsBasic begin %1; end")
-                  .arg(applyChanges(removed)));
+                  .arg(applyEach(d, o, QStringLiteral("-1"))));
 }
 
 void recountHeads(Connection& c) {
@@ -132,6 +160,13 @@ void pauseHeadCounts(Connection& c, bool paused) {
     c.execute(QStringLiteral("alter table tRsBasic %1 trigger zqc_trsbasic_i")
                   .arg(paused ? QStringLiteral("disable") : QStringLiteral("enable")));
     if (!paused) recountHeads(c);
+}
+
+QStringList keptValueColumns() {
+    QStringList columns;
+    for (const CountedKey& k : kKeys)
+        if (k.nullsApart) columns << QLatin1String(k.column);
+    return columns;
 }
 
 void createHeadCounts(Connection& c) {

@@ -5,6 +5,7 @@
 #include "personnel/frmRs_Person.h"
 #include "personnel/PersonBrowserData.h"
 #include "printing/PrintOutput.h"
+#include "services/InputAids.h"
 #include "services/ui/BriefDialog.h"
 #include "services/ui/DeptTree.h"
 #include "services/ui/Grid.h"
@@ -114,6 +115,34 @@ private slots:
     }
 
     void cleanup() { setBriefDriver(nullptr); }
+
+    void prefixSearchFindsWhatLikeFinds() {
+        person("1", "王一", 1, "01");
+        person("2", "王二明", 1, "01");
+        person("3", "汪三", 1, "01");
+        person("4", "Wang", 1, "01");
+        person("5", "wANG五", 1, "01");
+        person("6", "小王", 1, "01");
+        person("12", "王", 2, "01");
+        exec("insert into tRsBasic (fCode,fzt) values ('7',1)");
+        const Dialect& d = conn().dialect();
+        // A prefix without case is compared as stored on the server, where an index serves it.
+        QCOMPARE(d.indexedPrefixes("a.fname like '王%'"),
+                 QString(d.isServer() ? "a.fname::text like '王%'" : "a.fname like '王%'"));
+        QCOMPARE(d.indexedPrefixes("a.fmz='a like ''王%' and a.fname like 'wang%'"),
+                 QString("a.fmz='a like ''王%' and a.fname like 'wang%'"));
+        for (const char* seek : {"fName like '王%'", "fName like 'wang%'", "fName like '%王%'", "fName like '王_'",
+                                 "fCode like '1%'", "fName like '王%' and fCode like '1%'", "fName like '王二%'"}) {
+            const QString plain = "a.fzt=1 And " + QualifyCondition(QString::fromUtf8(seek), "a.", -1);
+            QCOMPARE(PersonListCodes(PersonListCondition(1, QString(), QString::fromUtf8(seek), QString(), QString()),
+                                     false),
+                     PersonListCodes(plain, false));
+        }
+        QCOMPARE(PersonListCodes(PersonListCondition(1, QString(), "fName like '王%'", QString(), QString()), false),
+                 QStringList({"1", "2"}));
+        QCOMPARE(PersonListCodes(PersonListCondition(1, QString(), "fName like 'wang%'", QString(), QString()), false),
+                 QStringList({"4", "5"}));
+    }
 
     void loadsStatesAndSplitsSpouseTableOnce() {
         frmRs_Person w;

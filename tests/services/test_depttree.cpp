@@ -87,6 +87,20 @@ QStringList countedNow() {
                                       .arg(k.value, k.when));
              !rs.eof(); rs.moveNext())
             l << QStringLiteral("%1|%2|%3=%4").arg(QLatin1String(k.key), rs.text(0), rs.text(1), rs.text(2));
+    // The statistics' fields: each value as stored, and the nulls apart.
+    for (const char* column : {"fSex", "fXl", "fBmName"}) {
+        const QString key = QString::fromLatin1(column).toLower();
+        for (Recordset rs(conn(), QStringLiteral("select %1,coalesce(fzt,-1),count(*) from tRsBasic where %2 is not "
+                                                 "null group by %1,coalesce(fzt,-1)")
+                                      .arg(exact(column), QLatin1String(column)));
+             !rs.eof(); rs.moveNext())
+            l << QStringLiteral("v:%1|%2|%3=%4").arg(key, rs.text(0), rs.text(1), rs.text(2));
+        for (Recordset rs(conn(), QStringLiteral("select coalesce(fzt,-1),count(*) from tRsBasic where %1 is null "
+                                                 "group by coalesce(fzt,-1)")
+                                      .arg(QLatin1String(column)));
+             !rs.eof(); rs.moveNext())
+            l << QStringLiteral("n:%1||%2=%3").arg(key, rs.text(0), rs.text(1));
+    }
     l.sort();
     return l;
 }
@@ -298,6 +312,9 @@ private slots:
         exec("update tRsBasic set fBmCode='0A' where fCode='c'");
         exec("update tRsBasic set fBmCode='0a', fBirthDay=null where fCode='c'");
         exec("update tRsBasic set fName='某某'"); // no counted column
+        exec("update tRsBasic set fSex='男', fXl='ba' where fCode in ('a','c')");
+        exec("update tRsBasic set fXl='BA', fBmName='' where fCode='c'");
+        exec("update tRsBasic set fXl=null where fCode='a'");
         QCOMPARE(keptCounts(), countedNow());
         {
             Transaction t(conn());
