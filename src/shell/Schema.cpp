@@ -287,6 +287,11 @@ const QVector<Step>& steps() {
              if (c.dialect().isServer() || tableExists(c, QStringLiteral("sqlite_stat1")))
                  c.execute(QStringLiteral("analyze tRsBasic"));
          }},
+        {12,
+         [](Connection& c) {
+             // The server counts persons added or removed once a statement, not once a row.
+             createHeadCounts(c);
+         }},
     };
     return s;
 }

@@ -93,7 +93,9 @@ void dropTriggers(Connection& c) {
         c.execute(c.dialect().isServer()
                       ? QStringLiteral("drop trigger if exists zqc_trsbasic%1 on tRsBasic").arg(QLatin1String(suffix))
                       : QStringLiteral("drop trigger if exists zqc_trsbasic%1").arg(QLatin1String(suffix)));
-    if (c.dialect().isServer()) c.execute(QStringLiteral("drop function if exists zqc_trsbasic()"));
+    if (c.dialect().isServer())
+        for (const char* f : {"zqc_trsbasic", "zqc_trsbasic_added", "zqc_trsbasic_removed"})
+            c.execute(QStringLiteral("drop function if exists %1()").arg(QLatin1String(f)));
 }
 
 void createTriggers(Connection& c) {
@@ -115,22 +117,27 @@ void createTriggers(Connection& c) {
     }
     const QString when = changed.join(QStringLiteral(" or "));
     if (server) {
+        // Persons added or removed are counted once a statement, over all its rows: counted a row at
+        // a time, an import of many in one transaction changes the same count rows once a person,
+        // and each change leaves a version the next must step over.
+        const auto perStatement = [&c](const char* name, const char* event, const char* table, const QString& rows) {
+            c.execute(QStringLiteral("create function %1() returns trigger language plpgsql as $zq$\n"
+                                     "begin\n  %2;\n  return null;\nend $zq$")
+                          .arg(QLatin1String(name), applyChanges(rows)));
+            c.execute(QStringLiteral("create trigger zqc_trsbasic_%1 after %2 on tRsBasic referencing %3 table as "
+                                     "zq_rows for each statement execute function %4()")
+                          .arg(QString(QLatin1Char(event[0])), QLatin1String(event), QLatin1String(table), QLatin1String(name)));
+        };
+        perStatement("zqc_trsbasic_added", "insert", "new",
+                     keyRows(d, QStringLiteral("r"), QStringLiteral("zq_rows r"), QStringLiteral("1")));
+        perStatement("zqc_trsbasic_removed", "delete", "old",
+                     keyRows(d, QStringLiteral("r"), QStringLiteral("zq_rows r"), QStringLiteral("-1")));
         c.execute(QStringLiteral("create function zqc_trsbasic() returns trigger language plpgsql as $zq$\n"
-                                 "begin\n"
-                                 "  if tg_op='INSERT' then %1;\n"
-                                 "  elsif tg_op='UPDATE' then %2;\n"
-                                 "  else %3;\n"
-                                 "  end if;\n"
-                                 "  return null;\n"
-                                 "end $zq$")
-                      .arg(applyChanges(added), applyChanges(moved), applyChanges(removed)));
-        c.execute(QStringLiteral("create trigger zqc_trsbasic_i after insert on tRsBasic for each row "
-                                 "execute function zqc_trsbasic()"));
+                                 "begin\n  %1;\n  return null;\nend $zq$")
+                      .arg(applyChanges(moved)));
         c.execute(QStringLiteral("create trigger zqc_trsbasic_u after update on tRsBasic for each row when (%1) "
                                  "execute function zqc_trsbasic()")
                       .arg(when));
-        c.execute(QStringLiteral("create trigger zqc_trsbasic_d after delete on tRsBasic for each row "
-                                 "execute function zqc_trsbasic()"));
         return;
     }
     c.execute(QStringLiteral("create trigger zqc_trsbasic_i after insert on tRsBasic begin %1; end")

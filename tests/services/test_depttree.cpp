@@ -325,6 +325,14 @@ private slots:
         exec("delete from tRsBasic where fzt=3");
         person("e", 1, "02", "r2");
         QCOMPARE(keptCounts(), countedNow());
+        // Many persons added in one statement, as an import writes them, counted together.
+        exec("insert into tRsBasic (fCode,fName,fzt,fBmCode,fSex,fBirthDay) values ('m1','甲',1,'01','男','1990-11-05'),"
+             "('m2','乙',1,'01',null,null),('m3','丙',2,'02','女','1991-11-06')");
+        exec("insert into tRsBasic (fCode,fName,fzt,fBmCode) select fCode || 'x',fName,fzt,fBmCode from tRsBasic "
+             "where fCode like 'm%'");
+        QCOMPARE(keptCounts(), countedNow());
+        exec("delete from tRsBasic where fCode like 'm%'");
+        QCOMPARE(keptCounts(), countedNow());
         HeadCounts rooms("tRs_House", 1);
         QCOMPARE(rooms.total(), 3);
         QCOMPARE(rooms.count("r"), CountPersons("tRs_House", 1, "r").toLongLong());
