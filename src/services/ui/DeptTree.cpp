@@ -463,7 +463,9 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
             }
         }
         const QString text = showCode == -1 ? e.code + kTab + e.name : e.name;
-        auto* item = newNode(key, text, e.dept ? ImageDept : ImagePost);
+        // Owned until added: a count that fails (a quote in a code) must not leak it.
+        std::unique_ptr<CodeNode> node(newNode(key, text, e.dept ? ImageDept : ImagePost));
+        CodeNode* item = node.get();
         // How wide its row looks, in digits: the indentation, the text and the counts.
         int units = depth * 2;
         if (counts) {
@@ -473,7 +475,7 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
             // Marked while detached: marking a shown tree afterwards lays it out again per node.
             if (warnOverQuota) markOverQuota(item);
         }
-        parent->addChild(item);
+        parent->addChild(node.release());
         map.insert(key, item);
         previousCode = e.code;
         previous = item;
