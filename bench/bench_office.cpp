@@ -119,8 +119,8 @@ void seekBaseline(Context& c) {
                        limited(c, QStringLiteral("a.*") + visible(QStringLiteral("tRs_meeting")) +
                                       QStringLiteral(" and a.fDate>='%1' and a.fDate<='%2' and "
                                                      "a.fTitle like '%预算评审%' order by a.fDate desc")
-                                          .arg(QDate::currentDate().addYears(-1).toString(Qt::ISODate),
-                                               QDate::currentDate().toString(Qt::ISODate))));
+                                          .arg(lastMeeting().addYears(-1).toString(Qt::ISODate),
+                                               lastMeeting().toString(Qt::ISODate))));
 }
 
 } // namespace

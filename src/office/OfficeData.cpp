@@ -36,8 +36,11 @@ QString SeekFilter(const SeekTerms& t) {
     return f;
 }
 
-QString DeptListSql(const QString& table, const QString& filter) {
+QString DeptListSql(const QString& table, const QString& typedFilter) {
     const QString prefix = G().UserDeptCode;
+    // Searches by title and the like read every row of the period: on the server in the form it
+    // compares cheaply.
+    const QString filter = conn().dialect().caselessLikes(typedFilter);
     QString sql;
     if (!prefix.isEmpty()) {
         sql = QStringLiteral("a.* from ") + table +

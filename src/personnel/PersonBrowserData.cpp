@@ -50,7 +50,7 @@ QString PersonListCondition(int rsState, const QString& deptCode, const QString&
         condition += QStringLiteral(" And ") +
                      conn().dialect().startsWithCode(QStringLiteral("a.fbmcode"), checked(deptCode));
     if (!seekCondition.isEmpty())
-        condition += QStringLiteral(" And ") + conn().dialect().indexedPrefixes(
+        condition += QStringLiteral(" And ") + conn().dialect().caselessLikes(
                                                    QualifyCondition(seekCondition, QStringLiteral("a."), -1));
     if (!detailCondition.isEmpty()) condition += QStringLiteral(" And ") + detailCondition;
     if (!preset.isEmpty()) condition += QStringLiteral(" And (") + preset + QLatin1Char(')');

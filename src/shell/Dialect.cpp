@@ -47,20 +47,22 @@ QString Dialect::like(const QString& expr, const QString& quotedPattern) const {
 
 namespace {
 
-// A pattern of the kind "王%": a head without wildcards or escapes, every character of which has no
-// case (ideographs and the like, and digits), then one "%".
-bool caselessPrefix(const QString& pattern) {
-    if (pattern.size() < 2 || !pattern.endsWith(QLatin1Char('%'))) return false;
-    for (const uint c : pattern.left(pattern.size() - 1).toUcs4()) {
+// A pattern whose every character other than the wildcards has no case (ideographs and the like,
+// and digits), with at least one such character: "王%", "%预算评审%".
+bool caselessPattern(const QString& pattern) {
+    bool literal = false;
+    for (const uint c : pattern.toUcs4()) {
+        if (c == '%' || c == '_') continue;
         const QChar::Category k = QChar::category(char32_t(c));
         if (k != QChar::Letter_Other && k != QChar::Number_DecimalDigit) return false;
+        literal = true;
     }
-    return true;
+    return literal;
 }
 
 } // namespace
 
-QString Dialect::indexedPrefixes(const QString& condition) const {
+QString Dialect::caselessLikes(const QString& condition) const {
     if (!isServer()) return condition;
     // Texts in quotes alternate with the rest; a doubled quote is an empty stretch of the rest.
     const QStringList parts = condition.split(QLatin1Char('\''));
@@ -69,9 +71,10 @@ QString Dialect::indexedPrefixes(const QString& condition) const {
     QString out;
     for (qsizetype i = 0; i < parts.size(); ++i) {
         QString part = parts.at(i);
-        if (i % 2 == 0 && i + 1 < parts.size() && caselessPrefix(parts.at(i + 1))) {
+        if (i % 2 == 0 && i + 1 < parts.size() && caselessPattern(parts.at(i + 1))) {
             const QRegularExpressionMatch m = likeBefore.match(part);
-            if (m.hasMatch())
+            // "x not like": the word before like is then no column.
+            if (m.hasMatch() && m.captured(1).compare(QLatin1String("not"), Qt::CaseInsensitive) != 0)
                 part = part.left(m.capturedStart(1)) + m.captured(1) + QStringLiteral("::text") + m.captured(2);
         }
         if (i > 0) out += QLatin1Char('\'');

@@ -56,11 +56,11 @@ public:
     // A new table from a query ("select ... into").
     QString selectInto(const QString& newTable, const QString& selectStatement) const;
     // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.
-    // A condition with its prefix searches ("a.fname like '王%'") in the form the server's indexes
-    // serve: like on the caseless text reads every row, while a prefix that has no case matches the
-    // same rows compared as stored, which the pattern index of the names finds. Other patterns, and
-    // the file database, keep the condition as it is.
-    QString indexedPrefixes(const QString& condition) const;
+    // A condition with its caseless searches ("a.fname like '王%'", "a.ftitle like '%预算%'") in the
+    // form the server serves fast: like on the caseless text folds every row it reads, while a pattern
+    // that has no case matches the same rows compared as stored, cheaply, and a prefix so through the
+    // pattern index of the names. Other patterns, and the file database, keep the condition as it is.
+    QString caselessLikes(const QString& condition) const;
     QString like(const QString& expr, const QString& quotedPattern) const;
     // expr starts with a code (code checked already), ASCII case ignored as by like. On the server
     // like on citext finds no index; the lower-cased text does, through the prefix index of the
