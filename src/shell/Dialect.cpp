@@ -89,6 +89,10 @@ QString Dialect::textType(int size) const {
                     : QStringLiteral("text collate nocase");
 }
 
+QString Dialect::stampType() const {
+    return isServer() ? QStringLiteral("text") : textType(19);
+}
+
 QString Dialect::memoType() const {
     return isServer() ? QStringLiteral("citext") : QStringLiteral("text collate nocase");
 }

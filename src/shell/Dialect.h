@@ -112,6 +112,9 @@ public:
     // Column types of the schema.
     QString textType(int size = 0) const;
     QString memoType() const;
+    // A time stamp, ISO "yyyy-mm-dd hh:mm:ss": it has no letter case, so the server compares it as
+    // stored, which its ranges over a million rows need (a caseless text folds every value it meets).
+    QString stampType() const;
     QString intType() const { return QStringLiteral("integer"); }
     QString bigIntType() const { return QStringLiteral("bigint"); }
     QString realType() const {

@@ -292,6 +292,18 @@ const QVector<Step>& steps() {
              // The server counts persons added or removed once a statement, not once a row.
              createHeadCounts(c);
          }},
+        {13,
+         [](Connection& c) {
+             // Time stamps are compared as stored on the server: the company's report of changes
+             // ranges over a month of a million history rows.
+             if (!c.dialect().isServer()) return;
+             for (const auto& [table, column] : {std::pair{"tRsHistory", "fWhen"}, std::pair{"tSysUser", "fLastLogin"},
+                                                 std::pair{"tSysLog", "fTime"}})
+                 if (tableExists(c, QLatin1String(table)))
+                     c.execute(QStringLiteral("alter table %1 alter column %2 type %3")
+                                   .arg(QLatin1String(table), QLatin1String(column), c.dialect().stampType()));
+             c.execute(QStringLiteral("analyze tRsHistory"));
+         }},
     };
     return s;
 }
@@ -333,7 +345,7 @@ QString columnType(const Dialect& d, const Column& c) {
     case Type::Date:
         return d.textType(10); // ISO yyyy-mm-dd
     case Type::DateTime:
-        return d.textType(19); // ISO yyyy-mm-dd hh:mm:ss
+        return d.stampType(); // ISO yyyy-mm-dd hh:mm:ss
     case Type::Blob:
         return d.blobType();
     case Type::AutoId:
