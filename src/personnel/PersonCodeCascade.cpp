@@ -21,8 +21,12 @@ void ChangePersonCode(const QString& table, const QString& oldCode, const QStrin
 }
 
 void CascadePersonCode(const QString& oldCode, const QString& newCode) {
-    for (const QString& table : CodeCascadeTables())
-        ChangePersonCode(table, oldCode, newCode);
+    // The tables that exist, asked once; each update's failure rolls the whole change back, so on
+    // the server none needs a savepoint of its own.
+    for (const QString& table : conn().existingTables(CodeCascadeTables()))
+        conn().execute(QStringLiteral("Update ") + table + QStringLiteral(" Set fcode=") + quoted(newCode) +
+                           QStringLiteral(" where fcode=") + quoted(oldCode),
+                       Connection::OnFailure::EndTransaction);
 }
 
 } // namespace zq

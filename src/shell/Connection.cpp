@@ -161,6 +161,28 @@ int Connection::execute(const QString& sql) {
     return q.numRowsAffected();
 }
 
+int Connection::execute(const QString& sql, OnFailure) {
+    if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
+    QSqlQuery q(m_db);
+    if (!q.exec(sql)) throwStatementError(q.lastError(), sql);
+    return q.numRowsAffected();
+}
+
+QStringList Connection::existingTables(const QStringList& names) {
+    if (names.isEmpty()) return {};
+    StatementGuard guard(*this);
+    QSqlQuery q(m_db);
+    q.setForwardOnly(true);
+    const QString sql = m_dialect.existingTablesSql(names);
+    if (!q.exec(sql)) throwStatementError(q.lastError(), sql);
+    guard.done();
+    QStringList found;
+    while (q.next())
+        for (const QString& n : names)
+            if (n.compare(q.value(0).toString(), Qt::CaseInsensitive) == 0) found << n;
+    return found;
+}
+
 int Connection::execute(const QString& sql, const QVariantList& binds) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);

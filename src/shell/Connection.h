@@ -58,6 +58,12 @@ public:
     int execute(const QString& sql);
     // The same with values bound to its ? markers.
     int execute(const QString& sql, const QVariantList& binds);
+    // A statement whose failure ends the caller's transaction (it throws, and the caller rolls
+    // back): the server needs no savepoint around it, and saves two round trips.
+    enum class OnFailure { EndTransaction };
+    int execute(const QString& sql, OnFailure);
+    // Those of the tables named that this database holds, in one statement.
+    QStringList existingTables(const QStringList& names);
     // An update or delete of one row that was read earlier: it must change exactly that row. None
     // changed means another client changed or deleted it meanwhile (ConflictError); more than one
     // means the statement was not the one meant (DbError). Either way the caller rolls back.

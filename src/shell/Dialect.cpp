@@ -1,5 +1,7 @@
 #include "Dialect.h"
 
+#include "SqlText.h"
+
 #include <QRegularExpression>
 
 #include <QSqlError>
@@ -87,6 +89,17 @@ QString Dialect::textType(int size) const {
     if (isServer()) return QStringLiteral("citext");
     return size > 0 ? QStringLiteral("varchar(%1) collate nocase").arg(size)
                     : QStringLiteral("text collate nocase");
+}
+
+QString Dialect::existingTablesSql(const QStringList& names) const {
+    QStringList quotedNames;
+    for (const QString& n : names)
+        quotedNames << quoted(n.toLower());
+    if (isServer())
+        return QStringLiteral("select t from (values (%1)) v(t) where to_regclass(t) is not null")
+            .arg(quotedNames.join(QStringLiteral("),(")));
+    return QStringLiteral("select name from sqlite_master where type='table' and lower(name) in (%1)")
+        .arg(quotedNames.join(QLatin1Char(',')));
 }
 
 QString Dialect::stampType() const {

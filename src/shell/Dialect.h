@@ -61,6 +61,8 @@ public:
     // that has no case matches the same rows compared as stored, cheaply, and a prefix so through the
     // pattern index of the names. Other patterns, and the file database, keep the condition as it is.
     QString caselessLikes(const QString& condition) const;
+    // A statement listing those of the tables named that exist, a name a row.
+    QString existingTablesSql(const QStringList& names) const;
     QString like(const QString& expr, const QString& quotedPattern) const;
     // expr starts with a code (code checked already), ASCII case ignored as by like. On the server
     // like on citext finds no index; the lower-cased text does, through the prefix index of the
