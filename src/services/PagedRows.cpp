@@ -30,6 +30,9 @@ PagedRows::PagedRows(PagedQuery query, int keptPages)
     : m_query(std::move(query))
     , m_keptPages(std::max(keptPages, 4))
     , m_nullsFirst(conn().dialect().nullsFirst()) {
+    // Searches by a caseless pattern (names, goods) count and page every match: on the server in
+    // the form it compares cheaply.
+    m_query.condition = conn().dialect().caselessLikes(m_query.condition);
     sortBy(m_query.order);
 }
 

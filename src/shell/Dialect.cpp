@@ -75,8 +75,9 @@ QString Dialect::caselessLikes(const QString& condition) const {
         QString part = parts.at(i);
         if (i % 2 == 0 && i + 1 < parts.size() && caselessPattern(parts.at(i + 1))) {
             const QRegularExpressionMatch m = likeBefore.match(part);
-            // "x not like": the word before like is then no column.
-            if (m.hasMatch() && m.captured(1).compare(QLatin1String("not"), Qt::CaseInsensitive) != 0)
+            // "x not like": the word before like is then no column; "x::text like" is done.
+            if (m.hasMatch() && m.captured(1).compare(QLatin1String("not"), Qt::CaseInsensitive) != 0 &&
+                !part.left(m.capturedStart(1)).endsWith(QLatin1Char(':')))
                 part = part.left(m.capturedStart(1)) + m.captured(1) + QStringLiteral("::text") + m.captured(2);
         }
         if (i > 0) out += QLatin1Char('\'');

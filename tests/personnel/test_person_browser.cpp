@@ -132,6 +132,7 @@ private slots:
         QCOMPARE(d.caselessLikes("a.ftitle like '%预算_'"),
                  QString(d.isServer() ? "a.ftitle::text like '%预算_'" : "a.ftitle like '%预算_'"));
         QCOMPARE(d.caselessLikes("a.fname not like '%王%'"), QString("a.fname not like '%王%'"));
+        QCOMPARE(d.caselessLikes(d.caselessLikes("a.fname like '王%'")), d.caselessLikes("a.fname like '王%'"));
         QCOMPARE(d.caselessLikes("a.fmz='a like ''王%' and a.fname like 'wang%'"),
                  QString("a.fmz='a like ''王%' and a.fname like 'wang%'"));
         for (const char* seek : {"fName like '王%'", "fName like 'wang%'", "fName like '%王%'", "fName like '王_'",
