@@ -13,6 +13,7 @@
 #include "shell/Company.h"
 #include "shell/DbError.h"
 #include "shell/Globals.h"
+#include "shell/HistorySession.h"
 #include "shell/Recordset.h"
 
 #include <cstdio>
@@ -57,7 +58,11 @@ void prepare(Context& c) {
     raw.setUserName(c.raw.userName());
     raw.setPassword(c.raw.password());
     raw.setDatabaseName(s.sqlData == 0 ? s.userPath : s.defaultDb);
-    if (!raw.isOpen() && !raw.open()) throw DbError(raw.lastError().text());
+    if (!raw.isOpen()) {
+        if (!raw.open()) throw DbError(raw.lastError().text());
+        // Plain SQL, no change history; the file database needs the history's functions even so.
+        zq::SetHistorySession(raw, QString(), QString(), false);
+    }
 
     // Every person gets a photo once.
     QStringList codes;
@@ -70,7 +75,7 @@ void prepare(Context& c) {
     }
     if (codes.isEmpty()) return;
     QSqlQuery q(raw);
-    q.prepare(QStringLiteral("update tRsBasic set fphoto=? where fCode=?"));
+    if (!q.prepare(QStringLiteral("update tRsBasic set fphoto=? where fCode=?"))) throw DbError(q.lastError().text());
     raw.transaction();
     for (int i = 0; i < codes.size(); ++i) {
         q.bindValue(0, zq::demo::portraitJpeg(i + 1));
