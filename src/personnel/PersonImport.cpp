@@ -296,6 +296,9 @@ QString BirthDateOfIdCard(const QString& id) {
 
 namespace {
 
+// How many values one lookup of the stored persons binds.
+constexpr qsizetype kLookupBatch = 500;
+
 // A .csv that a spreadsheet program saved again holds long numbers in scientific notation: their
 // digits are gone, in every row. Said once for the file, with the first place and the count.
 QString rewrittenCsv(const ImportPlan& plan, const QStringList& mapped, const QVector<int>& source) {
@@ -347,17 +350,37 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
         if (!columns.contains(f)) columns << f;
     if (deptMapped) columns << kDeptName << kDeptCode;
     columns.removeDuplicates();
+    // Only the persons the file names are read: by their codes, by their cards, and by the codes a
+    // spreadsheet program may have stripped of leading zeros. A company of a million is not held.
+    const int codeAt = int(mapped.indexOf(kCode)), cardAt = int(mapped.indexOf(kIdCard));
+    const int codeLimit = schema::columnSize(QStringLiteral("tRsBasic"), kCode);
+    QSet<QString> fileCodes, fileCards;
+    for (const SheetRow& sheetRow : plan.rows) {
+        if (codeAt >= 0) {
+            const QString code = sheetRow.cell(source.at(codeAt)).trimmed();
+            if (code.isEmpty()) continue;
+            fileCodes.insert(code);
+            // The codes it may have had: the same digits after one zero or more, within the field.
+            if (isDigits(code))
+                for (QString padded = QLatin1Char('0') + withoutLeadingZeros(code); padded.size() <= codeLimit;
+                     padded.prepend(QLatin1Char('0')))
+                    fileCodes.insert(padded);
+        }
+        if (cardAt >= 0) {
+            const QString card = sheetRow.cell(source.at(cardAt)).trimmed();
+            if (!card.isEmpty()) fileCards.insert(card);
+        }
+    }
     QHash<QString, QStringList> stored;
     QHash<QString, QString> cardOwner;
     // The codes of digits with leading zeros by what is left without them, for a code that lost
     // them in a spreadsheet program; an empty value where two codes leave the same.
     QHash<QString, QString> paddedCodes;
-    for (Recordset rs(conn(), QStringLiteral("select ") + columns.join(QLatin1Char(',')) +
-                                  QStringLiteral(" from tRsBasic"));
-         !rs.eof(); rs.moveNext()) {
+    const auto keep = [&](const QSqlQuery& q) {
         QStringList values;
         for (int i = 0; i < columns.size(); ++i)
-            values << rs.text(i);
+            values << q.value(i).toString();
+        if (stored.contains(values.at(0))) return; // met by its code and by its card
         if (!values.at(1).trimmed().isEmpty()) cardOwner.insert(values.at(1).trimmed(), values.at(0));
         const QString& code = values.at(0);
         if (code.startsWith(QLatin1Char('0')) && isDigits(code)) {
@@ -365,6 +388,16 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
             paddedCodes.insert(bare, paddedCodes.contains(bare) ? QString() : code);
         }
         stored.insert(code, values);
+    };
+    const QString select = QStringLiteral("select ") + columns.join(QLatin1Char(',')) + QStringLiteral(" from tRsBasic where ");
+    for (const auto& [column, values] : {std::pair{kCode, &fileCodes}, std::pair{kIdCard, &fileCards}}) {
+        const QStringList all(values->cbegin(), values->cend());
+        for (qsizetype at = 0; at < all.size(); at += kLookupBatch) {
+            const QStringList part = all.mid(at, kLookupBatch);
+            VisitRows(select + column + QStringLiteral(" in (") + QStringList(part.size(), QStringLiteral("?")).join(QLatin1Char(',')) +
+                          QLatin1Char(')'),
+                      QVariantList(part.cbegin(), part.cend()), keep);
+        }
     }
     const auto cap = [&](const QString& f) { return captions.value(f, f); };
 
