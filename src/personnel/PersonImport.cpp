@@ -558,9 +558,10 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
             for (const auto& [field, value] : row.values.items()) {
                 if (field == kCode) continue;
                 const int at = columns.indexOf(field);
-                QString old = at >= 0 ? before.value(at) : QString();
-                if (isDateField(field)) old = old.left(10);
-                if (old != value) row.changed << field;
+                const QString stored = at >= 0 ? before.value(at) : QString();
+                if ((isDateField(field) ? stored.left(10) : stored) == value) continue;
+                row.changed << field;
+                row.checked << stored;
             }
             if (row.changed.isEmpty()) {
                 ++check.unchanged;
@@ -637,16 +638,30 @@ bool WriteImport(const ImportCheck& check, bool goodOnly) {
             if (pending.size() == perBatch) flush();
             continue;
         }
+        // Each changed field is written only while it still holds what the check read: an edit by
+        // another clerk in between is not overwritten, and the whole import is refused instead.
         QStringList sets;
-        for (const QString& f : row.changed) {
+        QString guard;
+        QVariantList guardBinds;
+        for (qsizetype i = 0; i < row.changed.size(); ++i) {
+            const QString& f = row.changed.at(i);
             sets << f + QStringLiteral("=?");
             if (isDateField(f) && row.values.value(f).isEmpty()) binds << QVariant(QMetaType(QMetaType::QString));
             else binds << row.values.value(f);
+            guard += QStringLiteral(" and coalesce(") + f + QStringLiteral(",'')=coalesce(?,'')");
+            guardBinds << row.checked.at(i);
         }
-        binds << row.values.value(kCode);
-        conn().executeOne(QStringLiteral("update tRsBasic set ") + sets.join(QLatin1Char(',')) +
-                              QStringLiteral(" where fCode=?"),
-                          binds);
+        binds << row.values.value(kCode) << guardBinds;
+        const QString sql = QStringLiteral("update tRsBasic set ") + sets.join(QLatin1Char(',')) +
+                            QStringLiteral(" where fCode=?") + guard;
+        const int written = conn().execute(sql, binds);
+        if (written == 0)
+            throw ConflictError(QStringLiteral("第 %1 行的员工 %2 在检查之后已被他人修改或删除。\n"
+                                               "请重新检查后再导入。")
+                                    .arg(row.row)
+                                    .arg(row.values.value(kCode)),
+                                sql);
+        RequireOneRow(written, sql);
     }
     flush();
     WriteLogRecord(QStringLiteral("导入员工: 新增 %1 人, 修改 %2 人, 未变 %3 人, 拒绝 %4 行")

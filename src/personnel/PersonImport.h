@@ -92,6 +92,7 @@ struct ImportRow {
     bool update = false;
     FieldValues values;
     QStringList changed;
+    QStringList checked; // what the check read of each changed field, as stored
 };
 
 struct ImportCheck {

@@ -243,6 +243,35 @@ private slots:
         QVERIFY_THROWS_EXCEPTION(DbError, WriteImport(check, false));
         QCOMPARE(one("select count(*) from tRsBasic"), QStringLiteral("1"));
     }
+
+    void anUpdateKeepsAnotherClerksEdit() {
+        addPerson(QStringLiteral("0001"), QStringLiteral("甲"));
+        addPerson(QStringLiteral("0003"), QStringLiteral("丙"));
+        writeText(path("names.csv"), QStringLiteral("员工编号,姓名,家庭电话\r\n0001,甲改,\r\n0003,丙改,555\r\n").toUtf8());
+        const auto check = [&] {
+            const ImportCheck c = CheckImport(PrepareImport(path("names.csv")), true);
+            if (c.updated != 2) qFatal("two updates expected");
+            return c;
+        };
+        // Another clerk's edit of a field the import does not change is kept beside the import's.
+        ImportCheck first = check();
+        exec(QStringLiteral("update tRsBasic set fHj='上海' where fCode='0003'"));
+        QVERIFY(WriteImport(first, false));
+        QCOMPARE(one("select fName||fPhone||fHj from tRsBasic where fCode='0003'"), QStringLiteral("丙改555上海"));
+
+        // An edit of a field it changes refuses the whole import, naming the row; nothing is written.
+        exec(QStringLiteral("update tRsBasic set fName='甲',fPhone=null where fCode in ('0001','0003')"));
+        ImportCheck second = check();
+        exec(QStringLiteral("update tRsBasic set fPhone='666' where fCode='0003'"));
+        try {
+            WriteImport(second, false);
+            QFAIL("the import overwrote another clerk's edit");
+        } catch (const ConflictError& e) {
+            QVERIFY2(e.message().contains(QStringLiteral("第 3 行的员工 0003")), qPrintable(e.message()));
+        }
+        QCOMPARE(one("select fName from tRsBasic where fCode='0001'"), QStringLiteral("甲"));
+        QCOMPARE(one("select fPhone from tRsBasic where fCode='0003'"), QStringLiteral("666"));
+    }
 };
 
 ZQ_DB_TEST_MAIN(TestPersonImport)
