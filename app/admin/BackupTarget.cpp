@@ -158,6 +158,8 @@ void NewCompany::verify(const Tables& expected, const Progress& progress) {
 }
 
 void NewCompany::finish() {
+    // A restored company plans its first look-ups as well as the one it was taken from.
+    m_c.execute(m_c.dialect().afterBulkLoad());
     if (m_part.sqlData == 0) {
         // As every company file is kept; the switch writes the file through to the disk.
         m_c.execute(QStringLiteral("pragma synchronous=full"));

@@ -592,7 +592,7 @@ Summary fillCompany(Connection& c, const Options& o, bool logins) {
     schema::pauseHeadCounts(c, false);
     t.commit();
     // Fresh statistics, so that the first look-ups on a new company plan well.
-    c.execute(QStringLiteral("analyze"));
+    c.execute(c.dialect().afterBulkLoad());
     return s;
 }
 

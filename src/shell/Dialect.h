@@ -96,6 +96,12 @@ public:
     QString beginTransaction(bool readOnly = false) const {
         return isServer() || readOnly ? QStringLiteral("begin") : QStringLiteral("begin immediate");
     }
+    // Gathers fresh statistics after a bulk load, outside any transaction. The server also marks
+    // the new rows visible to all, which the background worker would do only later: until then each
+    // look-up by an index alone also reads the table.
+    QString afterBulkLoad() const {
+        return isServer() ? QStringLiteral("vacuum analyze") : QStringLiteral("analyze");
+    }
     // Makes a session read-only: the engine itself refuses every later write.
     QString readOnlySession() const {
         return isServer() ? QStringLiteral("set session characteristics as transaction read only")
