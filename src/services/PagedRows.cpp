@@ -4,6 +4,7 @@
 #include "shell/Recordset.h"
 #include "shell/SqlText.h"
 
+#include <QRegularExpression>
 #include <QSqlRecord>
 
 #include <algorithm>
@@ -22,6 +23,19 @@ QString placeholders(qsizetype n) {
     for (qsizetype i = 0; i < n; ++i)
         marks << QStringLiteral("?");
     return marks.join(QLatin1Char(','));
+}
+
+// The condition bounds the column itself (a start of a name, a day, a range): its rows lie
+// together along the column's index, where the engine finds them by that bound, in order.
+bool boundsColumn(const QString& condition, const QString& expr) {
+    static const QRegularExpression plain(QStringLiteral("^(?:\\w+\\.)?([A-Za-z_]\\w*)$"));
+    const QRegularExpressionMatch m = plain.match(expr.trimmed());
+    if (!m.hasMatch()) return false;
+    const QString column = m.captured(1);
+    const QRegularExpression bound(QStringLiteral("(?<![\\w.])(?:\\w+\\.)?") + QRegularExpression::escape(column) +
+                                       QStringLiteral("(?:::text)?\\s*(?:=|<(?!>)|>|between\\b|like\\s*'[^%_'])"),
+                                   QRegularExpression::CaseInsensitiveOption);
+    return bound.match(condition).hasMatch();
 }
 
 } // namespace
@@ -295,8 +309,10 @@ void PagedRows::refresh() {
     m_count = 0;
     VisitRows(QStringLiteral("select count(*) from ") + m_query.from + where(), binds,
               [&](const QSqlQuery& q) { m_count = q.value(0).toInt(); });
+    // A long list sorted by a column walks that column's index and filters as it goes, unless the
+    // condition bounds the column: then the bound itself leads the walk to its rows.
     const bool sorted = m_order.size() > 1;
-    m_pageCondition = sorted && m_count > kOrderFirstRows
+    m_pageCondition = sorted && m_count > kOrderFirstRows && !boundsColumn(m_query.condition, m_order.first().expr)
                           ? conn().dialect().filterAfterOrder(m_query.condition)
                           : m_query.condition;
 }
