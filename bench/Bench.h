@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QSqlDatabase>
 #include <QString>
+#include <QWidget>
 #include <vector>
 
 namespace zq::bench {
@@ -42,6 +43,23 @@ inline double peakRssMb() {
     for (const QByteArray& line : f.readAll().split('\n'))
         if (line.startsWith("VmHWM:")) return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
     return 0;
+}
+
+// Deletes a widget as the application ends: a widget cannot outlive it. Gives the widget back.
+QWidget* deleteAtExit(QWidget* w);
+
+// A window opened once and kept for every run of the benchmark: `setUp` readies it before it shows.
+template <class W, class SetUp>
+W* openKept(SetUp&& setUp) {
+    auto* w = new W;
+    setUp(*w);
+    w->show();
+    deleteAtExit(w);
+    return w;
+}
+template <class W>
+W* openKept() {
+    return openKept<W>([](W&) {});
 }
 
 // A named operation. `run` does the work through the system; `baseline`, when there is one, does

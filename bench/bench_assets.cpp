@@ -43,13 +43,7 @@ void openBaseline(Context& c) {
 }
 
 zq::frmRs_Goods* goods() {
-    static zq::frmRs_Goods* w = [] {
-        auto* d = new zq::frmRs_Goods;
-        d->setState(2);
-        d->show();
-        qAddPostRoutine([] { delete goods(); });
-        return d;
-    }();
+    static auto* w = zq::bench::openKept<zq::frmRs_Goods>([](zq::frmRs_Goods& d) { d.setState(2); });
     return w;
 }
 
@@ -80,11 +74,8 @@ void seekBaseline(Context& c) {
 
 zq::frmRs_House* house() {
     static zq::frmRs_House* w = [] {
-        auto* d = new zq::frmRs_House;
-        d->setScreenState(1);
-        d->show();
+        auto* d = zq::bench::openKept<zq::frmRs_House>([](zq::frmRs_House& h) { h.setScreenState(1); });
         d->findChild<QCheckBox*>(QStringLiteral("chkTotalMan"))->setChecked(true);
-        qAddPostRoutine([] { delete house(); });
         return d;
     }();
     return w;

@@ -48,14 +48,12 @@ void openBaseline(Context& c) {
 }
 
 // One browser for every click; the clicks go to two departments in turn, so each one refreshes.
+zq::frmRs_Person* keptBrowser() {
+    return zq::bench::openKept<zq::frmRs_Person>([](zq::frmRs_Person& b) { b.setRsState(1); });
+}
+
 zq::frmRs_Person* browser() {
-    static zq::frmRs_Person* w = [] {
-        auto* b = new zq::frmRs_Person;
-        b->setRsState(1);
-        b->show();
-        qAddPostRoutine([] { delete browser(); });
-        return b;
-    }();
+    static auto* w = keptBrowser();
     return w;
 }
 
@@ -138,13 +136,7 @@ void scrollAround(Context&) {
 
 // A browser of its own for the search, whose condition stays for every later click and sort.
 zq::frmRs_Person* finder() {
-    static zq::frmRs_Person* w = [] {
-        auto* b = new zq::frmRs_Person;
-        b->setRsState(1);
-        b->show();
-        qAddPostRoutine([] { delete finder(); });
-        return b;
-    }();
+    static auto* w = keptBrowser();
     return w;
 }
 

@@ -35,12 +35,7 @@ int saves = 0;
 // with an even number of saves in all (the untimed one and an odd --runs) the database ends as it
 // began.
 zq::frmRs_Dept* screen() {
-    static zq::frmRs_Dept* w = [] {
-        auto* d = new zq::frmRs_Dept;
-        d->show();
-        qAddPostRoutine([] { delete screen(); });
-        return d;
-    }();
+    static auto* w = zq::bench::openKept<zq::frmRs_Dept>();
     return w;
 }
 

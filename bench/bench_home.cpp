@@ -18,10 +18,7 @@ zq::HomePage* page() {
         zq::Globals& g = zq::G();
         g.UserName = g.ZgName = QStringLiteral("bench");
         g.myPower = QString(350, QLatin1Char('1'));
-        auto* w = new zq::HomePage;
-        w->show();
-        qAddPostRoutine([] { delete page(); });
-        return w;
+        return zq::bench::openKept<zq::HomePage>();
     }();
     return p;
 }

@@ -78,12 +78,7 @@ void boardBaseline(Context& c) {
 }
 
 zq::frmBg_Meeting* meetings() {
-    static zq::frmBg_Meeting* w = [] {
-        auto* d = new zq::frmBg_Meeting;
-        d->show();
-        qAddPostRoutine([] { delete meetings(); });
-        return d;
-    }();
+    static auto* w = zq::bench::openKept<zq::frmBg_Meeting>();
     return w;
 }
 

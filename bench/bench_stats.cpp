@@ -39,10 +39,7 @@ void openBaseline(Context& c) {
 zq::frmRs_PersonList* stats() {
     static zq::frmRs_PersonList* w = [] {
         asSupervisor();
-        auto* s = new zq::frmRs_PersonList;
-        s->show();
-        qAddPostRoutine([] { delete stats(); });
-        return s;
+        return zq::bench::openKept<zq::frmRs_PersonList>();
     }();
     return w;
 }
@@ -64,10 +61,7 @@ void groupedBaseline(Context& c, const QStringList& fields) {
 zq::frmRs_PersonAssign* orders() {
     static zq::frmRs_PersonAssign* w = [] {
         asSupervisor();
-        auto* a = new zq::frmRs_PersonAssign;
-        a->show();
-        qAddPostRoutine([] { delete orders(); });
-        return a;
+        return zq::bench::openKept<zq::frmRs_PersonAssign>();
     }();
     return w;
 }

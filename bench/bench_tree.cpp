@@ -14,12 +14,8 @@ namespace {
 using zq::bench::Context;
 
 QTreeWidget* tree() {
-    // One tree for every run, gone with the application (a widget cannot outlive it).
-    static QTreeWidget* t = [] {
-        auto* w = new QTreeWidget;
-        qAddPostRoutine([] { delete tree(); });
-        return w;
-    }();
+    // One tree for every run, never shown.
+    static auto* t = static_cast<QTreeWidget*>(zq::bench::deleteAtExit(new QTreeWidget));
     return t;
 }
 

@@ -30,6 +30,19 @@ std::vector<Operation>& registry() {
 }
 } // namespace
 
+QWidget* deleteAtExit(QWidget* w) {
+    static std::vector<QWidget*> kept;
+    if (kept.empty())
+        qAddPostRoutine([] {
+            while (!kept.empty()) {
+                delete kept.back();
+                kept.pop_back();
+            }
+        });
+    kept.push_back(w);
+    return w;
+}
+
 bool add(const QString& name, Step run, Step baseline, Step prepare, Step reset) {
     registry().push_back({name, std::move(run), std::move(baseline), std::move(prepare), std::move(reset), {}, {}});
     return true;
