@@ -110,9 +110,8 @@ void frmRs_Identify::fillGrid(Recordset& rs) {
         QVariantList binds;
         for (const QString& c : part)
             binds << c;
-        const QString marks = QStringList(part.size(), QStringLiteral("?")).join(QLatin1Char(','));
         for (const QStringList& row :
-             ReadRows(QStringLiteral("select fcode,fbmcode from trsbasic where fcode in (") + marks +
+             ReadRows(QStringLiteral("select fcode,fbmcode from trsbasic where fcode in (") + placeholders(part.size()) +
                           QLatin1Char(')'),
                       binds))
             depts.insert(row.value(0), row.value(1));

@@ -176,7 +176,7 @@ bool SaveDescriptions(const QString& table, const QString& code, const Descripti
          {std::pair{&page1, QStringLiteral("fDetail1")}, std::pair{&page2, QStringLiteral("fDetail2")}}) {
         if (!page->changed) continue;
         sets << column + QLatin1Char('=') + quoted(page->text);
-        guard += QStringLiteral(" and coalesce(") + column + QStringLiteral(",'')=coalesce(?,'')");
+        guard += stillHolds(column);
         binds << page->loaded;
     }
     Connection& c = conn();

@@ -161,7 +161,7 @@ BoundSql UpdatePersonSql(const PersonBasicRow& row, const QString& oldCode, cons
     const auto column = [&](const QString& name, const QString& now, const QString& before) {
         if (now == before) return;
         sets << name + QLatin1Char('=') + quoted(now);
-        guard += QStringLiteral(" and coalesce(") + name + QStringLiteral(",'')=coalesce(?,'')");
+        guard += stillHolds(name);
         b.binds << before;
     };
     for (int i = 1; i < kBasicFields; ++i)

@@ -394,8 +394,7 @@ ImportCheck CheckImport(const ImportPlan& plan, bool update) {
         const QStringList all(values->cbegin(), values->cend());
         for (qsizetype at = 0; at < all.size(); at += kLookupBatch) {
             const QStringList part = all.mid(at, kLookupBatch);
-            VisitRows(select + column + QStringLiteral(" in (") + QStringList(part.size(), QStringLiteral("?")).join(QLatin1Char(',')) +
-                          QLatin1Char(')'),
+            VisitRows(select + column + QStringLiteral(" in (") + placeholders(part.size()) + QLatin1Char(')'),
                       QVariantList(part.cbegin(), part.cend()), keep);
         }
     }
@@ -598,8 +597,7 @@ bool WriteImport(const ImportCheck& check, bool goodOnly) {
     // thousand of them are written in seconds, and the server counts each batch once. The
     // transaction is the guard: any failure rolls everything back.
     const int perBatch = qMax(1, 8000 / int(insertColumns.size()));
-    const QString rowMarks = QLatin1Char('(') + QStringList(insertColumns.size(), QStringLiteral("?")).join(QLatin1Char(',')) +
-                        QLatin1Char(')');
+    const QString rowMarks = QLatin1Char('(') + placeholders(insertColumns.size()) + QLatin1Char(')');
     const auto insertOf = [&](int rows) {
         return QStringLiteral("insert into tRsBasic (") + insertColumns.join(QLatin1Char(',')) +
                QStringLiteral(") values ") + QStringList(rows, rowMarks).join(QLatin1Char(','));
@@ -648,7 +646,7 @@ bool WriteImport(const ImportCheck& check, bool goodOnly) {
             sets << f + QStringLiteral("=?");
             if (isDateField(f) && row.values.value(f).isEmpty()) binds << QVariant(QMetaType(QMetaType::QString));
             else binds << row.values.value(f);
-            guard += QStringLiteral(" and coalesce(") + f + QStringLiteral(",'')=coalesce(?,'')");
+            guard += stillHolds(f);
             guardBinds << row.checked.at(i);
         }
         binds << row.values.value(kCode) << guardBinds;

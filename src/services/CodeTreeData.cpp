@@ -86,8 +86,7 @@ void SaveCodeDetail(const QString& table, const QString& code, const QString& te
     Connection& c = conn();
     Transaction t(c);
     c.executeOne(QStringLiteral("update ") + table + QStringLiteral(" Set fDetail1=") + quoted(text) +
-                     QStringLiteral(" where fcode=") + quoted(code) +
-                     QStringLiteral(" and coalesce(fDetail1,'')=coalesce(?,'')"),
+                     QStringLiteral(" where fcode=") + quoted(code) + stillHolds(QStringLiteral("fDetail1")),
                  {loaded});
     if (alongside) alongside();
     t.commit();

@@ -18,13 +18,6 @@ const QStringList& noRow() {
     return empty;
 }
 
-QString placeholders(qsizetype n) {
-    QStringList marks;
-    for (qsizetype i = 0; i < n; ++i)
-        marks << QStringLiteral("?");
-    return marks.join(QLatin1Char(','));
-}
-
 // The condition bounds the column itself (a start of a name, a day, a range): its rows lie
 // together along the column's index, where the engine finds them by that bound, in order.
 bool boundsColumn(const QString& condition, const QString& expr) {

@@ -155,10 +155,9 @@ void Connection::close() {
 int Connection::execute(const QString& sql) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
-    QSqlQuery q(m_db);
-    if (!q.exec(sql)) throwStatementError(q.lastError(), sql);
+    const int affected = execute(sql, OnFailure::EndTransaction);
     guard.done();
-    return q.numRowsAffected();
+    return affected;
 }
 
 int Connection::execute(const QString& sql, OnFailure) {

@@ -263,7 +263,7 @@ void Recordset::writeRow(Row& r) {
         if (cols.isEmpty()) return;
         sql = QStringLiteral("insert into %1 (%2) values (%3)")
                   .arg(m_table, cols.join(QLatin1Char(',')),
-                       QStringList(cols.size(), QStringLiteral("?")).join(','));
+                       placeholders(cols.size()));
         // The new row's locator, so that a later write through this recordset finds it.
         if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     } else {

@@ -1,5 +1,6 @@
 #include "DbError.h"
 #include "Schema.h"
+#include "SqlText.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
@@ -16,7 +17,7 @@ public:
         : m_q(c.database()) {
         m_sql = QStringLiteral("insert into %1 (%2) values (%3)")
                     .arg(table, columns.join(QLatin1Char(',')),
-                         QStringList(columns.size(), QStringLiteral("?")).join(QLatin1Char(',')));
+                         placeholders(columns.size()));
         if (!m_q.prepare(m_sql)) throw DbError(m_q.lastError().text(), m_sql);
     }
     void row(const QVariantList& values) {

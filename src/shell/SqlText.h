@@ -16,6 +16,16 @@ inline QString num(qint64 v) {
     return QString::number(v);
 }
 
+// n bind markers for a list of values: "?,?,?".
+inline QString placeholders(qsizetype n) {
+    return n <= 0 ? QString() : QStringLiteral("?") + QStringLiteral(",?").repeated(n - 1);
+}
+// " and " a condition that a text column still holds the bound value read earlier, null and empty
+// alike: the guard of a save that changes the column.
+inline QString stillHolds(const QString& column) {
+    return QStringLiteral(" and coalesce(") + column + QStringLiteral(",'')=coalesce(?,'')");
+}
+
 // The value conversion of numbers from text: the leading number, 0 when there is none.
 double Val(const QString& text);
 // A value read as text: null reads as empty.
