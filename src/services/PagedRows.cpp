@@ -31,6 +31,15 @@ bool boundsColumn(const QString& condition, const QString& expr) {
     return bound.match(condition).hasMatch();
 }
 
+// The condition finds the column's values by their start, compared as stored (a caseless
+// pattern on the server): the rows lie apart along the column's caseless index, so they are sorted.
+bool foundByStart(const QString& condition, const QString& column) {
+    const QRegularExpression start(QStringLiteral("(?<![\\w.])") + QRegularExpression::escape(column) +
+                                       QStringLiteral("::text\\s+like\\s*'[^%_']"),
+                                   QRegularExpression::CaseInsensitiveOption);
+    return start.match(condition).hasMatch();
+}
+
 } // namespace
 
 PagedRows::PagedRows(PagedQuery query, int keptPages)
@@ -276,6 +285,8 @@ void PagedRows::sortBy(const QStringList& order) {
         const bool desc = t.endsWith(QStringLiteral(" desc"), Qt::CaseInsensitive);
         m_order.append({desc ? t.left(t.size() - 5).trimmed() : t, desc});
     }
+    if (!m_order.isEmpty() && foundByStart(m_query.condition, m_order.first().expr))
+        m_order.first().expr = conn().dialect().caselessOrder(m_order.first().expr);
     m_order.append({m_query.key, false});
     refresh();
 }

@@ -105,6 +105,27 @@ private slots:
             QCOMPARE(rows.row(r), expected[r - 1]);
     }
 
+    void namesFoundByTheirStartSortAsTheColumnDoes() {
+        // Letters of both cases after the start: the server sorts these rows by another expression
+        // than the column's, which must give the column's caseless order.
+        QStringList values;
+        const QStringList tails = {QStringLiteral("b"), QStringLiteral("A"), QStringLiteral("a2"),
+                                   QStringLiteral("B1"), QStringLiteral("_"), QStringLiteral("Z")};
+        for (int i = 0; i < 300; ++i)
+            values << QStringLiteral("('Q%1','姓名%2%3',1)").arg(i, 4, 10, QChar('0')).arg(i % 9).arg(tails[i % 6]);
+        exec(QStringLiteral("insert into tRsBasic (fCode,fName,fzt) values ") + values.join(QLatin1Char(',')));
+        const QString found = QStringLiteral("a.fzt=1 and a.fName like '姓名%'");
+        PagedRows rows(persons(found), 4);
+        rows.sortBy({QStringLiteral("a.fName desc")});
+        const QVector<QStringList> expected = readAtOnce(QStringLiteral("a.fName desc,a.fcode"), found);
+        QCOMPARE(rows.count(), int(expected.size()));
+        for (int r : {300, 1, rows.count(), 129, 128, 400})
+            QCOMPARE(rows.row(r), expected[r - 1]);
+        rows.refresh();
+        QCOMPARE(allOf(rows), expected);
+        QCOMPARE(rows.findKey(expected[333].first()), 334);
+    }
+
     void findsAndLeavesOutRowsByKey() {
         PagedRows rows(persons(QStringLiteral("a.fzt=1 and a.fBmCode like '01%'")), 4);
         const QVector<QStringList> expected =

@@ -42,7 +42,8 @@ void FillCodeCombo(const QString& table, QComboBox* combo, const QString& prefix
     QString sql = QStringLiteral("select fcode,fname from ") + table + QStringLiteral(" Where 1=1");
     if (level != -1) sql += QStringLiteral(" And fynxj=") + QString::number(level);
     if (!prefix.isEmpty()) sql += QStringLiteral(" And fcode like ") + quoted(prefix + QLatin1Char('%'));
-    sql += QStringLiteral(" Order By fCode");
+    sql += QStringLiteral(" Order By ") +
+           conn().dialect().listOrder(QStringLiteral("fCode"), level == -1 && prefix.isEmpty());
     Recordset rs(conn(), sql);
     for (; !rs.eof(); rs.moveNext())
         combo->addItem(item(rs, withCode != 0));

@@ -390,7 +390,8 @@ void FillDeptTree(QTreeWidget* tree, const QString& table, const QString& prefix
     if (withLeaves == 0) sql += QStringLiteral(" And fYnxj=0");
     if (!prefix.isEmpty()) sql += QStringLiteral(" And fCode like ") + quoted(prefix + QLatin1Char('%'));
     // Code order puts every entry after the entries whose codes begin it: the parent search needs it.
-    sql += QStringLiteral(" Order by fcode");
+    sql += QStringLiteral(" Order by ") +
+           conn().dialect().listOrder(QStringLiteral("fcode"), withLeaves != 0 && prefix.isEmpty());
 
     QVector<Entry> entries;
     QStringList codes;
