@@ -71,7 +71,8 @@ int UnreadCount(const QString& user, const QString& deptPrefix) {
     where += QStringLiteral(" And (") + conn().dialect().isNullOrEmpty(QStringLiteral("a.fPoster")) +
              QStringLiteral(" or a.fPoster<>") + quoted(user) + QLatin1Char(')');
     if (!deptPrefix.isEmpty()) {
-        sql += QStringLiteral(" Left Join tRs_Bm b On a.fBmName=b.fName");
+        sql += QStringLiteral(" Left Join tRs_Bm b On ") +
+               conn().dialect().caselessEqual(QStringLiteral("a.fBmName"), QStringLiteral("b.fName"));
         where += QStringLiteral(" And (b.fCode Like '") + checked(deptPrefix) + QStringLiteral("%' or ") +
                  conn().dialect().isNullOrEmpty(QStringLiteral("a.fBmName")) + QLatin1Char(')');
     }

@@ -44,7 +44,9 @@ QString DeptListSql(const QString& table, const QString& typedFilter) {
     QString sql;
     if (!prefix.isEmpty()) {
         sql = QStringLiteral("a.* from ") + table +
-              QStringLiteral(" as a Left Join tRs_Bm as b On a.fBmName=b.fName Where (b.fCode Like '") +
+              QStringLiteral(" as a Left Join tRs_Bm as b On ") +
+              conn().dialect().caselessEqual(QStringLiteral("a.fBmName"), QStringLiteral("b.fName")) +
+              QStringLiteral(" Where (b.fCode Like '") +
               checked(prefix) + QStringLiteral("%' or ") +
               conn().dialect().isNullOrEmpty(QStringLiteral("a.fBmName")) + QLatin1Char(')');
         if (!filter.isEmpty()) sql += QStringLiteral(" And ") + filter;

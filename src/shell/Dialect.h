@@ -77,6 +77,11 @@ public:
     QString caseless(const QString& expr) const {
         return isServer() ? QStringLiteral("(%1)::citext").arg(expr) : expr + QStringLiteral(" collate nocase");
     }
+    // Two caseless text columns that match as the caseless type matches them, for a join: on the
+    // server through the lower-cased index of the schema, whose look-ups compare plain text.
+    QString caselessEqual(const QString& a, const QString& b) const {
+        return isServer() ? QStringLiteral("lower(%1::text)=lower(%2::text)").arg(a, b) : a + QLatin1Char('=') + b;
+    }
     // The order of a caseless text column for rows that are sorted rather than read along an index:
     // the same order (each value lower-cased, then compared in the database's collation), but the
     // server's caseless type lower-cases both sides anew at every comparison, five times the cost.

@@ -317,6 +317,14 @@ const QVector<Step>& steps() {
              }
              c.execute(QStringLiteral("analyze tRsBasic"));
          }},
+        {15,
+         [](Connection& c) {
+             // Notices, meetings and reports find their department by its name, lower-cased on the
+             // server: a year of meetings looks up hundreds.
+             if (!c.dialect().isServer()) return;
+             c.execute(QStringLiteral("create index if not exists ix_trs_bm_lowername on tRs_Bm (lower(fName::text))"));
+             c.execute(QStringLiteral("analyze tRs_Bm"));
+         }},
     };
     return s;
 }

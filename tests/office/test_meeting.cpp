@@ -80,10 +80,13 @@ private slots:
         insertMeeting(2, "2026-03-02", "车间", "一车间");
         insertMeeting(3, "2026-03-03", "销售", "销售部");
         insertMeeting(4, "2026-03-04", "旧部门", "已撤销部门");
+        // A department's name matches whatever the case of its letters.
+        exec("insert into tRs_Bm (fCode,fName,fYnxj) values ('0102','QA组',0)");
+        insertMeeting(5, "2026-02-28", "质检", "qa组");
         G().UserName = QStringLiteral("张三");
         G().UserDeptCode = QStringLiteral("01");
         open();
-        QCOMPARE(listed(), QStringList({"车间", "全体"}));
+        QCOMPARE(listed(), QStringList({"车间", "全体", "质检"}));
         // Anyone who sees a meeting may change and delete it.
         click("cmdNews(0)");
         QVERIFY(w<QPushButton>("cmdChg")->isEnabled());
