@@ -98,7 +98,8 @@ PagedQuery LoanSeekPaged(const QString& table, const QString& fieldList, const Q
     q.key = QStringLiteral("a.fID");
     q.keyColumn = int(fields.indexOf(QRegularExpression(QStringLiteral("^fid$"),
                                                         QRegularExpression::CaseInsensitiveOption))) + 1;
-    q.from = table + QStringLiteral(" a Inner join trsbasic b On a.fcode=b.fcode");
+    q.from = table + QStringLiteral(" a Inner join trsbasic b On ") +
+             conn().dialect().caselessEqual(QStringLiteral("a.fcode"), QStringLiteral("b.fcode"));
     q.condition = QStringLiteral("1=1");
     static const char* const likeColumns[] = {"a.fcode", "a.fname", "goodsname", "model", nullptr, nullptr,
                                               nullptr,   nullptr,   "lyxz",      nullptr, nullptr, "demo"};

@@ -77,10 +77,16 @@ public:
     QString caseless(const QString& expr) const {
         return isServer() ? QStringLiteral("(%1)::citext").arg(expr) : expr + QStringLiteral(" collate nocase");
     }
-    // Two caseless text columns that match as the caseless type matches them, for a join: on the
-    // server through the lower-cased index of the schema, whose look-ups compare plain text.
+    // Two caseless text columns that match as the caseless type matches them (the lower-cased texts
+    // alike, byte for byte), for a join of many rows: on the server through a lower-cased index of
+    // the schema, whose look-ups compare bytes where the caseless type lower-cases both sides anew.
     QString caselessEqual(const QString& a, const QString& b) const {
-        return isServer() ? QStringLiteral("lower(%1::text)=lower(%2::text)").arg(a, b) : a + QLatin1Char('=') + b;
+        if (!isServer()) return a + QLatin1Char('=') + b;
+        return QStringLiteral("%1=%2").arg(lowerBytes(a), lowerBytes(b));
+    }
+    // The expression of the lower-cased indexes: a caseless text column lower-cased, compared bytewise.
+    static QString lowerBytes(const QString& column) {
+        return QStringLiteral("lower(%1::text) collate \"C\"").arg(column);
     }
     // The order of a caseless text column for rows that are sorted rather than read along an index:
     // the same order (each value lower-cased, then compared in the database's collation), but the

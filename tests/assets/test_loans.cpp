@@ -296,6 +296,15 @@ private slots:
         QCOMPARE(g->maxRows(), 1);
     }
 
+    void aLoanFindsItsPersonWhateverTheCaseOfTheCode() {
+        person("K01", "柯一");
+        loan("trsLoanTools", "k01", "卷尺", "2024-05-10");
+        auto f = goods(1);
+        click(*f, "cmdSeek");
+        QCOMPARE(f->grid()->maxRows(), 1);
+        QCOMPARE(f->grid()->text(1, 3), QStringLiteral("卷尺"));
+    }
+
     void hundredRowsShowWithoutAsking() {
         for (int i = 0; i < 101; ++i)
             loan("tRsLoanGoods", "001", QStringLiteral("笔%1").arg(i), "2024-01-01",
