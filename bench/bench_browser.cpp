@@ -1,8 +1,8 @@
 // The personnel browser: the screen opened on the staff in service (the counted department tree and
 // the first screen of the list), a click on a department of the tree, a jump to the last row, a sort
-// of the whole list and scrolling about it, a search for names and its matches sorted by name. Beside each, the floor of the same reads through the bare
-// driver. The peak memory of the process after opening is printed as browser.open.rss_mb, after
-// scrolling as browser.scroll.rss_mb.
+// of the whole list and scrolling about it, a search for names and its matches sorted by name. Beside
+// each, the floor of the same reads through the bare driver. The peak memory of the process after
+// opening is printed as browser.open.rss_mb, after scrolling as browser.scroll.rss_mb.
 
 #include "Bench.h"
 
@@ -47,11 +47,12 @@ void openBaseline(Context& c) {
                                   QStringLiteral(" from trsbasic where fzt=1 order by fcode limit 128"));
 }
 
-// One browser for every click; the clicks go to two departments in turn, so each one refreshes.
+// A browser on the staff in service, kept for every run.
 zq::frmRs_Person* keptBrowser() {
     return zq::bench::openKept<zq::frmRs_Person>([](zq::frmRs_Person& b) { b.setRsState(1); });
 }
 
+// One browser for every click; the clicks go to two departments in turn, so each one refreshes.
 zq::frmRs_Person* browser() {
     static auto* w = keptBrowser();
     return w;
@@ -132,8 +133,6 @@ void scrollAround(Context&) {
     }
 }
 
-} // namespace
-
 // A browser of its own for the search, whose condition stays for every later click and sort.
 zq::frmRs_Person* finder() {
     static auto* w = keptBrowser();
@@ -171,6 +170,8 @@ void foundBaseline(Context& c, const QString& order) {
     zq::bench::readAll(c.raw, QStringLiteral("select ") + zq::bench::gridFields() + where +
                                   QStringLiteral(" order by ") + order + QStringLiteral(" limit 128"));
 }
+
+} // namespace
 
 ZQ_BENCH("browser.open", openBrowser, openBaseline);
 ZQ_BENCH("browser.seekname", seekName, [](Context& c) { foundBaseline(c, QStringLiteral("fcode")); });
