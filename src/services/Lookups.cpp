@@ -123,16 +123,18 @@ bool GetPersonState(const QString& code) {
 }
 
 QString GetActivePerson(const QString& code) {
-    Recordset rs(conn(),
-                 QStringLiteral("Select fCode,fName,fBmCode,fBmName,fother2,fGzCode,fKqCardID from tRsBasic "
-                                "where fzt=1 and fCode=") +
-                     quoted(code));
+    // Bound, and matched through the lower-cased codes: it runs for every person a clerk picks.
+    const QVector<QStringList> rows =
+        ReadRows(QStringLiteral("Select fCode,fName,fBmCode,fBmName,fother2,fGzCode,fKqCardID from tRsBasic "
+                                "where fzt=1 and ") +
+                     conn().dialect().caselessEqual(QStringLiteral("fCode"), QStringLiteral("?")),
+                 {checked(code)});
     Globals& g = G();
     QString* const targets[] = {&g.CurPersonCode,     &g.CurPersonName,   &g.CurPersonDeptCode,
                                 &g.CurPersonDeptName, &g.CurPersonOther2, &g.CurPersonGzCode,
                                 &g.CurPersonKqCardID};
     for (int i = 0; i < 7; ++i)
-        *targets[i] = rs.eof() ? QString() : rs.text(i);
+        *targets[i] = rows.isEmpty() ? QString() : rows.first().value(i);
     const QString name = g.CurPersonName;
     // DeptScope is never set and an empty text occurs in every code, so this guard stays quiet;
     // it is where a department limit of the user would act.

@@ -3,6 +3,7 @@
 #include "DbError.h"
 #include "HistorySession.h"
 
+#include <algorithm>
 #include <QAtomicInt>
 #include <QFileInfo>
 #include <QSqlError>
@@ -144,7 +145,13 @@ void Connection::requireLiteralBackslash() {
                                  "反斜杠无法安全存取，拒绝连接"));
 }
 
+void Connection::forgetPrepared() {
+    m_kept.clear();
+    ++m_generation;
+}
+
 void Connection::close() {
+    forgetPrepared();
     if (m_db.isValid() && m_db.isOpen()) {
         if (m_inTransaction) m_db.rollback();
         m_db.close();
@@ -185,13 +192,50 @@ QStringList Connection::existingTables(const QStringList& names) {
 int Connection::execute(const QString& sql, const QVariantList& binds) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
-    QSqlQuery q(m_db);
-    if (!q.prepare(sql)) throwStatementError(q.lastError(), sql);
-    for (const QVariant& b : binds)
-        q.addBindValue(b);
-    if (!q.exec()) throwStatementError(q.lastError(), sql);
+    Prepared p(*this, sql, binds);
     guard.done();
-    return q.numRowsAffected();
+    return p.query().numRowsAffected();
+}
+
+Connection::Prepared::Prepared(Connection& c, const QString& sql, const QVariantList& binds, Rows rows)
+    : m_c(c)
+    , m_sql(sql)
+    , m_rows(rows)
+    , m_generation(c.m_generation) {
+    auto kept = std::find_if(c.m_kept.begin(), c.m_kept.end(),
+                             [&](const Kept& k) { return k.rows == rows && k.sql == sql; });
+    if (kept != c.m_kept.end()) {
+        m_query = std::move(kept->query);
+        c.m_kept.erase(kept);
+    } else {
+        m_query = std::make_unique<QSqlQuery>(c.m_db);
+        m_query->setForwardOnly(rows == Rows::Streamed);
+        if (!m_query->prepare(sql)) {
+            const QSqlError e = m_query->lastError();
+            m_query.reset();
+            c.throwStatementError(e, sql);
+        }
+    }
+    for (int i = 0; i < binds.size(); ++i)
+        m_query->bindValue(i, binds[i]);
+    if (!m_query->exec()) {
+        // A statement that fails to run stays prepared, for the next try.
+        const QSqlError e = m_query->lastError();
+        giveBack();
+        c.throwStatementError(e, sql);
+    }
+}
+
+Connection::Prepared::~Prepared() {
+    giveBack();
+}
+
+void Connection::Prepared::giveBack() {
+    if (!m_query) return;
+    m_query->finish();
+    if (!m_c.m_dialect.keepsStatementsPrepared() || m_generation != m_c.m_generation || !m_c.isOpen()) return;
+    m_c.m_kept.push_back({m_sql, m_rows, std::move(m_query)});
+    if (m_c.m_kept.size() > kKeptStatements) m_c.m_kept.erase(m_c.m_kept.begin());
 }
 
 void Connection::throwStatementError(const QSqlError& e, const QString& sql) const {

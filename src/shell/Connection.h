@@ -2,10 +2,13 @@
 
 #include "Dialect.h"
 
+#include <memory>
 #include <QSqlDatabase>
 #include <QSqlError>
+#include <QSqlQuery>
 #include <QString>
 #include <QVariantList>
+#include <vector>
 
 namespace zq {
 
@@ -102,8 +105,46 @@ public:
         bool m_ok = false;
     };
 
+    // A statement with ? markers, prepared and run with its values. Where the dialect keeps
+    // statements prepared, the connection keeps the last few it ran, so that one run again is a
+    // single round trip. One in hand is out of the keep, so that the same text is never run anew
+    // under a reader of its rows. Run it inside a StatementGuard: a failed prepare spoils a server
+    // transaction too.
+    class Prepared {
+    public:
+        // Streamed rows are read forward once, and the server then takes no other statement until
+        // the last is read; whole ones are all fetched at once.
+        enum class Rows { Whole, Streamed };
+        // Throws DuplicateKeyError or DbError, as execute does, when the statement cannot be
+        // prepared or run.
+        Prepared(Connection& c, const QString& sql, const QVariantList& binds, Rows rows = Rows::Whole);
+        ~Prepared();
+        Prepared(const Prepared&) = delete;
+        Prepared& operator=(const Prepared&) = delete;
+        QSqlQuery& query() { return *m_query; }
+
+    private:
+        void giveBack();
+
+        Connection& m_c;
+        QString m_sql;
+        Rows m_rows;
+        std::unique_ptr<QSqlQuery> m_query;
+        int m_generation;
+    };
+
 private:
     void requireLiteralBackslash();
+    void forgetPrepared();
+
+    struct Kept {
+        QString sql;
+        Prepared::Rows rows;
+        std::unique_ptr<QSqlQuery> query;
+    };
+    static constexpr size_t kKeptStatements = 32;
+    std::vector<Kept> m_kept; // least recently used first
+    int m_generation = 0;     // a statement prepared before the last close goes with its query
 
     QString m_name;
     QSqlDatabase m_db;

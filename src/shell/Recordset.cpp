@@ -245,7 +245,6 @@ void Recordset::setValue(int i, const QVariant& v) {
 
 void Recordset::writeRow(Row& r) {
     if (!r.dirty && !r.deleted) return;
-    QSqlQuery q(m_c.database());
     QStringList cols;
     QVector<QVariant> binds;
     for (int i = 0; i < r.changed.size(); ++i) {
@@ -285,10 +284,8 @@ void Recordset::writeRow(Row& r) {
         if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     }
     Connection::StatementGuard guard(m_c);
-    if (!q.prepare(sql)) m_c.throwStatementError(q.lastError(), sql);
-    for (const QVariant& b : binds)
-        q.addBindValue(b);
-    if (!q.exec()) m_c.throwStatementError(q.lastError(), sql);
+    Connection::Prepared p(m_c, sql, QVariantList(binds.cbegin(), binds.cend()));
+    QSqlQuery& q = p.query();
     // The server's locator moves with every write: a row another client wrote meanwhile is not
     // found by it, and neither is one whose changed columns no longer hold what was read.
     const bool returning = !r.deleted && m_c.dialect().isServer();
@@ -367,14 +364,9 @@ void VisitRows(const QString& sql, const QVariantList& binds,
     Connection& c = conn();
     if (!c.isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     Connection::StatementGuard guard(c);
-    QSqlQuery q(c.database());
-    q.setForwardOnly(true);
-    if (!q.prepare(sql)) throw DbError(q.lastError().text(), sql);
-    for (const QVariant& b : binds)
-        q.addBindValue(b);
-    if (!q.exec()) throw DbError(q.lastError().text(), sql);
-    while (q.next())
-        row(q);
+    Connection::Prepared p(c, sql, binds, Connection::Prepared::Rows::Streamed);
+    while (p.query().next())
+        row(p.query());
     guard.done();
 }
 

@@ -110,6 +110,27 @@ private slots:
         QCOMPARE(rs.val(0), 1.0);
     }
 
+    // The server keeps statements with bound values prepared: one runs again with new values,
+    // after it failed inside a transaction, and on a connection opened anew.
+    void boundStatementsRunAgainWithNewValues() {
+        const QString add = "insert into tRs_Bm (fCode,fName) values (?,?)";
+        const QString two = "select fName from tRs_Bm where fCode in (?,?) order by fCode";
+        conn().execute(add, {"T1", "甲"});
+        conn().execute(add, {"T2", "乙"});
+        {
+            Transaction t(conn());
+            QVERIFY_THROWS_EXCEPTION(DuplicateKeyError, conn().execute(add, {"T1", "丙"}));
+            conn().execute(add, {"T3", "丙"});
+            t.commit();
+        }
+        QCOMPARE(ReadRows(two, {"T1", "T3"}), (QVector<QStringList>{{"甲"}, {"丙"}}));
+        QCOMPARE(ReadRows(two, {"T2", "T9"}), (QVector<QStringList>{{"乙"}}));
+        const ConnectionSettings settings = conn().settings();
+        conn().close();
+        conn().open(settings);
+        QCOMPARE(ReadRows(two, {"T3", "T2"}), (QVector<QStringList>{{"乙"}, {"丙"}}));
+    }
+
     void valConversion() {
         QCOMPARE(Val(""), 0.0);
         QCOMPARE(Val("12abc"), 12.0);
