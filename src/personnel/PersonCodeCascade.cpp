@@ -22,11 +22,13 @@ void ChangePersonCode(const QString& table, const QString& oldCode, const QStrin
 
 void CascadePersonCode(const QString& oldCode, const QString& newCode) {
     // The tables that exist, asked once; each update's failure rolls the whole change back, so on
-    // the server none needs a savepoint of its own.
+    // the server none needs a savepoint of its own, and all go as one statement.
+    QStringList updates;
     for (const QString& table : conn().existingTables(CodeCascadeTables()))
-        conn().execute(QStringLiteral("Update ") + table + QStringLiteral(" Set fcode=") + quoted(newCode) +
-                           QStringLiteral(" where fcode=") + quoted(oldCode),
-                       Connection::OnFailure::EndTransaction);
+        updates << QStringLiteral("Update ") + table + QStringLiteral(" Set fcode=") + quoted(newCode) +
+                       QStringLiteral(" where fcode=") + quoted(oldCode);
+    for (const QString& sql : conn().dialect().writesTogether(updates))
+        conn().execute(sql, Connection::OnFailure::EndTransaction);
 }
 
 } // namespace zq

@@ -43,6 +43,14 @@ QString Dialect::selectInto(const QString& newTable, const QString& selectStatem
     return QStringLiteral("create table %1 as %2").arg(newTable, selectStatement);
 }
 
+QStringList Dialect::writesTogether(const QStringList& writes) const {
+    if (!isServer() || writes.size() < 2) return writes;
+    QStringList parts;
+    for (qsizetype i = 0; i + 1 < writes.size(); ++i)
+        parts << QStringLiteral("zq_w%1 as (%2)").arg(i).arg(writes[i]);
+    return {QStringLiteral("with ") + parts.join(QLatin1Char(',')) + QLatin1Char(' ') + writes.last()};
+}
+
 QString Dialect::like(const QString& expr, const QString& quotedPattern) const {
     return QStringLiteral("%1 like %2").arg(expr, quotedPattern);
 }

@@ -60,6 +60,10 @@ public:
     QString forUpdate() const { return isServer() ? QStringLiteral(" for update") : QString(); }
     // A new table from a query ("select ... into").
     QString selectInto(const QString& newTable, const QString& selectStatement) const;
+    // Writes that succeed or fail together, as few statements as the engine runs them in: one on
+    // the server (each but the last a data-modifying WITH), one round trip instead of one each;
+    // the file runs them one by one.
+    QStringList writesTogether(const QStringList& writes) const;
     // like ignores ASCII case on both engines (NOCASE / citext), so a pattern needs nothing extra.
     // A condition with its caseless searches ("a.fname like '王%'", "a.ftitle like '%预算%'") in the
     // form the server serves fast: like on the caseless text folds every row it reads, while a pattern
