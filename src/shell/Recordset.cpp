@@ -284,7 +284,7 @@ void Recordset::writeRow(Row& r) {
         if (m_c.dialect().isServer()) sql += QStringLiteral(" returning ctid::text");
     }
     Connection::StatementGuard guard(m_c);
-    Connection::Prepared p(m_c, sql, QVariantList(binds.cbegin(), binds.cend()));
+    Connection::Prepared p(m_c, sql, binds);
     QSqlQuery& q = p.query();
     // The server's locator moves with every write: a row another client wrote meanwhile is not
     // found by it, and neither is one whose changed columns no longer hold what was read.
