@@ -359,20 +359,28 @@ QVector<QStringList> ReadRows(const QString& sql) {
     return rows;
 }
 
-void VisitRows(const QString& sql, const QVariantList& binds,
-               const std::function<void(const QSqlQuery&)>& row) {
+namespace {
+void visit(const QString& sql, const QVariantList& binds, Connection::Prepared::Rows rows,
+           const std::function<void(const QSqlQuery&)>& row) {
     Connection& c = conn();
     if (!c.isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     Connection::StatementGuard guard(c);
-    Connection::Prepared p(c, sql, binds, Connection::Prepared::Rows::Streamed);
+    Connection::Prepared p(c, sql, binds, rows);
     while (p.query().next())
         row(p.query());
     guard.done();
 }
+} // namespace
+
+void VisitRows(const QString& sql, const QVariantList& binds,
+               const std::function<void(const QSqlQuery&)>& row) {
+    visit(sql, binds, Connection::Prepared::Rows::Streamed, row);
+}
 
 QVector<QStringList> ReadRows(const QString& sql, const QVariantList& binds) {
+    // All rows are kept anyway: fetched whole, in one answer from the server rather than a row each.
     QVector<QStringList> rows;
-    VisitRows(sql, binds, [&rows](const QSqlQuery& q) {
+    visit(sql, binds, Connection::Prepared::Rows::Whole, [&rows](const QSqlQuery& q) {
         const int fields = q.record().count();
         QStringList row;
         row.reserve(fields);
