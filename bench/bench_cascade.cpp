@@ -47,8 +47,10 @@ void prepare(Context&) {
 void changeCode(Context&) {
     const QString to = otherCode();
     zq::Transaction tx(zq::conn());
-    zq::conn().execute(QStringLiteral("update tRsBasic set fCode=") + zq::quoted(to) +
-                       QStringLiteral(" where fCode=") + zq::quoted(currentCode));
+    // As the record screen's save: any failure rolls the whole change back.
+    zq::conn().execute(QStringLiteral("update tRsBasic set fCode=") + zq::quoted(to) + QStringLiteral(" where fCode=") +
+                           zq::quoted(currentCode),
+                       zq::Connection::OnFailure::EndTransaction);
     zq::CascadePersonCode(currentCode, to);
     tx.commit();
     currentCode = to;

@@ -179,7 +179,8 @@ void SavePersonBasic(int mode, const PersonBasicRow& row, const QString& oldCode
         conn().execute(InsertPersonSql(row));
     } else {
         const BoundSql update = UpdatePersonSql(row, oldCode, loaded);
-        conn().executeOne(update.sql, update.binds);
+        // Any failure rolls the whole save back: the server needs no savepoint around it.
+        conn().executeOne(update.sql, update.binds, Connection::OnFailure::EndTransaction);
         // Master and children change together or not at all.
         if (row.values.at(0) != oldCode) CascadePersonCode(oldCode, row.values.at(0));
     }

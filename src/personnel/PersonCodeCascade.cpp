@@ -21,10 +21,11 @@ void ChangePersonCode(const QString& table, const QString& oldCode, const QStrin
 }
 
 void CascadePersonCode(const QString& oldCode, const QString& newCode) {
-    // The tables that exist, asked once; each update's failure rolls the whole change back, so on
-    // the server none needs a savepoint of its own, and all go as one statement.
+    // The tables that exist, asked once; a failure of the question or of an update rolls the whole
+    // change back, so on the server none needs a savepoint of its own, and the updates go as one
+    // statement.
     QStringList updates;
-    for (const QString& table : conn().existingTables(CodeCascadeTables()))
+    for (const QString& table : conn().existingTables(CodeCascadeTables(), Connection::OnFailure::EndTransaction))
         updates << QStringLiteral("Update ") + table + QStringLiteral(" Set fcode=") + quoted(newCode) +
                        QStringLiteral(" where fcode=") + quoted(oldCode);
     for (const QString& sql : conn().dialect().writesTogether(updates))

@@ -15,7 +15,8 @@ const QStringList& CodeCascadeTables();
 void ChangePersonCode(const QString& table, const QString& oldCode, const QString& newCode);
 
 // Runs ChangePersonCode over every table of the cascade, in order. Meant to run inside the
-// transaction that updates the master row, so that master and children change together.
+// transaction that updates the master row, so that master and children change together; a failure
+// throws and leaves that transaction to be rolled back.
 void CascadePersonCode(const QString& oldCode, const QString& newCode);
 
 } // namespace zq

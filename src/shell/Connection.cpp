@@ -175,13 +175,19 @@ int Connection::execute(const QString& sql, OnFailure) {
 }
 
 QStringList Connection::existingTables(const QStringList& names) {
-    if (names.isEmpty()) return {};
     StatementGuard guard(*this);
+    QStringList found = existingTables(names, OnFailure::EndTransaction);
+    guard.done();
+    return found;
+}
+
+QStringList Connection::existingTables(const QStringList& names, OnFailure) {
+    if (names.isEmpty()) return {};
+    if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"));
     QSqlQuery q(m_db);
     q.setForwardOnly(true);
     const QString sql = m_dialect.existingTablesSql(names);
     if (!q.exec(sql)) throwStatementError(q.lastError(), sql);
-    guard.done();
     QStringList found;
     while (q.next())
         for (const QString& n : names)
@@ -192,8 +198,14 @@ QStringList Connection::existingTables(const QStringList& names) {
 int Connection::execute(const QString& sql, const QVariantList& binds) {
     if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
     StatementGuard guard(*this);
-    Prepared p(*this, sql, binds);
+    const int affected = execute(sql, binds, OnFailure::EndTransaction);
     guard.done();
+    return affected;
+}
+
+int Connection::execute(const QString& sql, const QVariantList& binds, OnFailure) {
+    if (!isOpen()) throw DbError(QStringLiteral("数据库连接未打开"), sql);
+    Prepared p(*this, sql, binds);
     return p.query().numRowsAffected();
 }
 
@@ -250,6 +262,10 @@ void RequireOneRow(int affected, const QString& sql) {
 
 void Connection::executeOne(const QString& sql, const QVariantList& binds) {
     RequireOneRow(binds.isEmpty() ? execute(sql) : execute(sql, binds), sql);
+}
+
+void Connection::executeOne(const QString& sql, const QVariantList& binds, OnFailure f) {
+    RequireOneRow(binds.isEmpty() ? execute(sql, f) : execute(sql, binds, f), sql);
 }
 
 void Connection::followSchema() {

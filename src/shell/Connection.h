@@ -65,12 +65,15 @@ public:
     // back): the server needs no savepoint around it, and saves two round trips.
     enum class OnFailure { EndTransaction };
     int execute(const QString& sql, OnFailure);
+    int execute(const QString& sql, const QVariantList& binds, OnFailure);
     // Those of the tables named that this database holds, in one statement.
     QStringList existingTables(const QStringList& names);
+    QStringList existingTables(const QStringList& names, OnFailure);
     // An update or delete of one row that was read earlier: it must change exactly that row. None
     // changed means another client changed or deleted it meanwhile (ConflictError); more than one
     // means the statement was not the one meant (DbError). Either way the caller rolls back.
     void executeOne(const QString& sql, const QVariantList& binds = {});
+    void executeOne(const QString& sql, const QVariantList& binds, OnFailure);
 
     // Throws the error of a failed statement: DuplicateKeyError where a unique constraint refused
     // it, DbError otherwise.
